@@ -1,0 +1,45 @@
+# Install rules: libraries, headers, the CMake package atrium_xml:: and a pkg-config file.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(ATRIUM_XML_INSTALL_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/atrium_xml")
+set(ATRIUM_XML_CMAKEDIR "${CMAKE_INSTALL_LIBDIR}/cmake/atrium_xml")
+
+install(TARGETS atrium_xml login_service_default login_service_api
+                ktl_xml kosa qev_bounded ktl_base64 qev_random
+        EXPORT atrium_xml_targets
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        INCLUDES DESTINATION ${ATRIUM_XML_INSTALL_INCLUDEDIR})
+
+install(FILES
+          ${PROJECT_SOURCE_DIR}/service/login/src/atrium_xml/atrium_xml.h
+          ${PROJECT_BINARY_DIR}/generated/atrium_xml_config.h
+          ${PROJECT_SOURCE_DIR}/service/login/include/login_records.h
+          ${PROJECT_SOURCE_DIR}/platform/login_service/login_service.h
+          ${PROJECT_SOURCE_DIR}/platform/login_service/login_service_default.h
+          ${PROJECT_SOURCE_DIR}/platform/xml/ktl_xml.h
+          ${PROJECT_SOURCE_DIR}/platform/osa/kosa.h
+          ${PROJECT_SOURCE_DIR}/platform/bounded/qev_bounded.h
+          ${PROJECT_SOURCE_DIR}/platform/base64/ktl_base64.h
+          ${PROJECT_SOURCE_DIR}/platform/random/qev_random.h
+        DESTINATION ${ATRIUM_XML_INSTALL_INCLUDEDIR})
+
+install(EXPORT atrium_xml_targets
+        NAMESPACE atrium_xml::
+        FILE atrium_xmlTargets.cmake
+        DESTINATION ${ATRIUM_XML_CMAKEDIR})
+
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/atrium_xmlConfig.cmake.in
+                              ${PROJECT_BINARY_DIR}/atrium_xmlConfig.cmake
+                              INSTALL_DESTINATION ${ATRIUM_XML_CMAKEDIR})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/atrium_xmlConfigVersion.cmake
+                                 COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/atrium_xmlConfig.cmake
+              ${PROJECT_BINARY_DIR}/atrium_xmlConfigVersion.cmake
+        DESTINATION ${ATRIUM_XML_CMAKEDIR})
+
+configure_file(${PROJECT_SOURCE_DIR}/cmake/atrium_xml.pc.in
+               ${PROJECT_BINARY_DIR}/atrium_xml.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/atrium_xml.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,28 @@
+/*
+ * qev_random.h - cryptographically strong random bytes (libsodium's generator), with a
+ * per-thread test hook that makes draws deterministic.
+ */
+#ifndef QEV_RANDOM_H
+#define QEV_RANDOM_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Fills uiLen bytes at pvBuf. Returns 0, or 1 when pvBuf is null with a non-zero length. */
+uint32_t QEV_CPYPT_RealRandom(void *pvBuf, uint32_t uiLen);
+
+/*
+ * Test hook, this thread only: while pfnNext is set, QEV_CPYPT_RealRandom fills its buffer
+ * with successive values of pfnNext(pvCtx), 4 bytes each in native byte order (a final
+ * partial chunk takes the first bytes of one more value). Null restores the real source.
+ */
+void QEV_CPYPT_SetRandomHook(uint32_t (*pfnNext)(void *pvCtx), void *pvCtx);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* QEV_RANDOM_H */

@@ -1,0 +1,101 @@
+/*
+ * atrium_frame.h - the parse frame every parser of the module follows (module-private).
+ *
+ * A parser checks its arguments, parses the body into a document, looks each wanted value
+ * up by dotted path with the shared per-key step, copies it with a bounded routine or
+ * converts it, traces every miss, releases the document and returns a result code. This
+ * header gives that skeleton its pieces: the one trace macro, the per-key step, key tables
+ * for parsers that are lists of keys, and the module's memory macros.
+ *
+ * Traces of a shared step carry the call site of the parser that invoked it (function,
+ * file, line), so a table-driven parser traces exactly as if it had the code inline.
+ */
+#ifndef ATRIUM_FRAME_H
+#define ATRIUM_FRAME_H
+
+#include <cstddef>
+#include <cstdint>
+
+#include "atrium_xml.h"
+#include "qev_bounded.h"
+
+/* The calling site of a trace: function as declared, source path, line. */
+struct AtriumCallSite {
+    const char *pcFunc;
+    const char *pcFile;
+    uint32_t uiLine;
+};
+
+#define ATRIUM_HERE (AtriumCallSite{__func__, __FILE__, static_cast<uint32_t>(__LINE__)})
+
+/* The module's one trace macro: module "", this function, file and line. */
+#define ATRIUM_TRACE(uiLevel, ...) \
+    LoginTraceCB("", (uiLevel), __func__, __FILE__, static_cast<uint32_t>(__LINE__), __VA_ARGS__)
+
+/* Trace on behalf of a call site (used by shared steps). */
+#define ATRIUM_TRACE_AT(stSite, uiLevel, ...) \
+    LoginTraceCB("", (uiLevel), (stSite).pcFunc, (stSite).pcFile, (stSite).uiLine, __VA_ARGS__)
+
+/*
+ * The shared per-key step. Looks pcPath up from pstStart and reads the found element's
+ * value: *ppstNode and *ppcValue are reset first, a lookup failure traces level 1
+ * "KTL_XML_GetNodeByUrl %s failed=0x%x", a value failure level 1
+ * "KTL_XML_GetNodeValue %s failed=0x%x", both on the caller's line. Returns the last
+ * library code. The key is present only when *ppcValue is not null.
+ */
+uint32_t AtriumGetNodeValueByUri(_NODE *pstStart, const char *pcPath, _NODE **ppstNode,
+                                 char **ppcValue, const AtriumCallSite &stSite);
+
+#define XML_D_GET_NODEVALUE_BYURI(pstStart, pcPath, ppstNode, ppcValue) \
+    AtriumGetNodeValueByUri((pstStart), (pcPath), (ppstNode), (ppcValue), ATRIUM_HERE)
+
+/* How a present value is stored. */
+enum class AtriumConv : uint8_t {
+    Text,         /* qev_strcpy_s into a char field of uiCapacity bytes */
+    Strtoul,      /* uint32_t = KOSA_Strtoul(value, null, 0) */
+    StrToInt32,   /* int32_t via KOSA_StrToInt32 (result ignored) */
+    YesFlag,      /* uint32_t = 1 when the value is exactly "YES"; otherwise untouched */
+    ZeroFlag,     /* uint32_t = 1 when KOSA_Strtoul(value) is 0, else 0 */
+    PresentFlag,  /* uint32_t = 1 (the value itself is not kept) */
+};
+
+/* One row of a key table: where the value is and what to do with it and with its miss. */
+struct AtriumValueKey {
+    const char *pcPath;         /* dotted path from the start node */
+    uint32_t uiOffset;          /* field offset in the record */
+    uint32_t uiCapacity;        /* field capacity (Text) */
+    AtriumConv eConv;
+    bool bRequired;             /* a miss stops the table with result 1 */
+    const char *pcMissMessage;  /* traced when absent (null: the per-key traces only) */
+    uint32_t uiMissLevel;
+    const char *pcPresentMessage; /* traced at level 2 before a present value is stored */
+    bool bMissDefault;          /* write uiMissDefault (32 bits) to the field when absent */
+    uint32_t uiMissDefault;
+};
+
+#define ATRIUM_FIELD(Record, field) \
+    static_cast<uint32_t>(offsetof(Record, field)), static_cast<uint32_t>(sizeof(Record::field))
+
+/*
+ * Runs the rows of a key table from pstStart in order, tracing on behalf of stSite.
+ * Returns 0, or 1 at the first required row that is absent (its miss message traced;
+ * later rows are not read). The caller releases the document.
+ */
+uint32_t AtriumReadValueKeys(_NODE *pstStart, const AtriumValueKey *pstKeys, size_t uiCount,
+                             void *pvRecord, const AtriumCallSite &stSite);
+
+template <size_t N>
+inline uint32_t AtriumReadValueKeys(_NODE *pstStart, const AtriumValueKey (&astKeys)[N],
+                                    void *pvRecord, const AtriumCallSite &stSite)
+{
+    return AtriumReadValueKeys(pstStart, astKeys, N, pvRecord, stSite);
+}
+
+/* The module's allocations, with this source position for the memory ledger. */
+#define ATRIUM_MALLOC_S(uiSize) KOSA_MemMallocS((uiSize), 0, static_cast<uint32_t>(__LINE__), __FILE__)
+#define ATRIUM_MALLOC_D(uiSize) KOSA_MemMallocD((uiSize), static_cast<uint32_t>(__LINE__), __FILE__)
+#define ATRIUM_FREE(pvMem) KOSA_MemFreeD((pvMem), static_cast<uint32_t>(__LINE__), __FILE__)
+#define ATRIUM_FREE_SET_NULL(ppvMem) \
+    KOSA_MemFreeSetNullD(reinterpret_cast<void **>(ppvMem), static_cast<uint32_t>(__LINE__), __FILE__)
+
+#endif /* ATRIUM_FRAME_H */
