@@ -8,6 +8,7 @@ packages=(
   cmake ninja-build make g++ pkg-config
   libpugixml-dev libjsoncpp-dev libsodium-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev
+  clang libclang-rt-14-dev valgrind gcovr libxml2-dev
 )
 
 missing=()

@@ -55,7 +55,8 @@ uint32_t CheckIsDomain(const char *pcText);
 /*
  * Resolves pcHost to IPv4 addresses. *puiCount is the capacity of pstEntries on entry and
  * the number of entries filled on return. uiType selects a strategy (the module asks for
- * type 2 first, then type 1). Returns 0 on success, non-zero on failure.
+ * type 2 first, then type 1, handing the second call the count the first one left).
+ * Returns 0 on success, non-zero on failure; on failure *puiCount should be left unchanged.
  */
 uint32_t AtriumGetSrvIpListByHost(const char *pcHost, uint32_t uiType,
                                   tagLOGIN_S_SRV_IP_ENTRY *pstEntries, uint32_t *puiCount);

@@ -15,7 +15,9 @@
  *    (LOGIN_RESOLVE_ERR_BASE + code) or LOGIN_RESOLVE_ERR_ARG for bad arguments.
  *  - CheckIsDomain says non-zero for a syntactically valid host name (labels of letters,
  *    digits, '-' and '_', 1 to 63 characters each, 253 at most in all, an optional final
- *    dot) that is not an IP literal.
+ *    dot) that is not an IP literal; text the system reads as an IPv4 number ("10.1",
+ *    "0x7f.0.0.1") or whose last label is all digits is not a domain either.
+ *  - A failed resolution leaves *puiCount unchanged.
  *  - LoginDataGetServerFormString accepts [sip:|sips:][user@]host[:port][;param...] where
  *    host is a name, an IPv4 literal or a bracketed IPv6 literal (a bare IPv6 literal
  *    without port is accepted too). "sips:" means TLS unless a transport parameter says

@@ -10,6 +10,7 @@
  *    entity declared in a DTD is expanded; the five predefined entities and character
  *    references are decoded. An unknown reference such as "&foo;" stays literal text.
  *  - Bytes are kept as they come: invalid UTF-8 is not rejected or repaired.
+ *  - A document has exactly one root element; character data outside it is ignored.
  *  - Navigation sees element nodes only (text, CDATA, comments, processing instructions
  *    and the DOCTYPE are skipped by child counts, first child and next sibling).
  *  - Dotted path "A.B.C": A must name the start node itself, each further component a
@@ -18,7 +19,8 @@
  *    takes the first (there is no backtracking into later siblings).
  *  - An element's value is its own first run of character data (text or CDATA directly
  *    inside it) that is not whitespace only. Without one: code 0 and a null value.
- *  - Of duplicated attributes the first wins.
+ *  - Duplicated attributes are accepted (the parser does not reject them); of duplicates
+ *    the first wins.
  *  - Value, name and attribute texts live in the document's own writable memory until
  *    KTL_XML_FreeNode; callers may overwrite them in place (for example to wipe a
  *    password) but must not write past their terminator.
@@ -44,8 +46,9 @@ typedef struct _NODE _NODE;
 #define KTL_XML_ERR_NOT_FOUND   0x1002u /* no element at that path, or no such attribute */
 #define KTL_XML_ERR_BAD_PATH    0x1003u /* empty path or empty path component */
 #define KTL_XML_ERR_NO_MEMORY   0x1004u /* the document could not be allocated */
-#define KTL_XML_ERR_NO_ROOT     0x1005u /* well-formed text without a root element */
-#define KTL_XML_ERR_PARSE_BASE  0x1100u /* + pugixml's xml_parse_status (1..15) */
+#define KTL_XML_ERR_NO_ROOT     0x1005u /* no root element (empty text, only a prolog) */
+#define KTL_XML_ERR_NOT_WELL_FORMED 0x1006u /* several top-level elements */
+#define KTL_XML_ERR_PARSE_BASE  0x1100u /* + pugixml's xml_parse_status of a syntax error */
 
 /*
  * Parses pcText (NUL-terminated) into a new document.
@@ -62,7 +65,8 @@ uint32_t KTL_XML_Parse(const char *pcText, _NODE **ppstRoot);
 uint32_t KTL_XML_GetNodeByUrl(_NODE *pstStart, const char *pcPath, _NODE **ppstNode);
 
 /*
- * Reads an element's name (when ppcName is not null) and value (see above).
+ * Reads an element's name (when ppcName is not null) and value (see above); ppcValue must
+ * not be null.
  * puiUnused is never read or written and may be null; uiZero must be 0 and is ignored.
  * On 0, *ppcValue is the value or null when the element has no character data.
  */

@@ -1,0 +1,332 @@
+/*
+ * ktl_xml_read_test.cpp - reading a parsed document: navigation, dotted paths, values and
+ * attributes.
+ *
+ * Each test parses a small text, reads it through the library's operations and checks one
+ * pinned behaviour: element-only navigation, how a path component matches (bare or
+ * prefixed name, first of several, no backtracking, first component is the start node),
+ * which character data counts as an element's value, and how attributes are found.
+ */
+#include "ktl_xml.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+/* Owns one parse: frees the document when the test leaves. */
+class ParsedDocument {
+public:
+    explicit ParsedDocument(const char *pcText) : m_uiCode(KTL_XML_Parse(pcText, &m_pstRoot)) {}
+    ~ParsedDocument() { KTL_XML_FreeNode(m_pstRoot); }
+    ParsedDocument(const ParsedDocument &) = delete;
+    ParsedDocument &operator=(const ParsedDocument &) = delete;
+
+    uint32_t Code() const { return m_uiCode; }
+    _NODE *Root() const { return m_pstRoot; }
+
+private:
+    _NODE *m_pstRoot = nullptr;
+    uint32_t m_uiCode;
+};
+
+/* A non-null pointer that no operation may hand back, to prove an out-pointer was reset. */
+template <typename T> T *Poisoned()
+{
+    static char s_cMarker;
+    return reinterpret_cast<T *>(&s_cMarker);
+}
+
+const char *NameOf(_NODE *pstNode)
+{
+    char *pcName = nullptr;
+    char *pcValue = nullptr;
+    if (KTL_XML_GetNodeValue(pstNode, nullptr, 0, &pcName, &pcValue) != 0) {
+        return nullptr;
+    }
+    return pcName;
+}
+
+const char *ValueOf(_NODE *pstNode)
+{
+    char *pcValue = Poisoned<char>();
+    EXPECT_EQ(KTL_XML_GetNodeValue(pstNode, nullptr, 0, nullptr, &pcValue), 0u);
+    return pcValue;
+}
+
+_NODE *NodeAt(_NODE *pstStart, const char *pcPath)
+{
+    _NODE *pstNode = nullptr;
+    EXPECT_EQ(KTL_XML_GetNodeByUrl(pstStart, pcPath, &pstNode), 0u) << pcPath;
+    return pstNode;
+}
+
+const char *ValueAt(_NODE *pstStart, const char *pcPath)
+{
+    _NODE *pstNode = NodeAt(pstStart, pcPath);
+    return pstNode == nullptr ? "<no node>" : ValueOf(pstNode);
+}
+
+/* ---- navigation ---------------------------------------------------------------------- */
+
+TEST(KtlXmlNavigation, SeesElementsOnly)
+{
+    ParsedDocument oDoc("<!DOCTYPE r [<!ELEMENT r ANY>]>"
+                        "<r>lead<!-- c --><?pi data?><![CDATA[cd]]><a/>mid<b>t</b>"
+                        "<!-- c2 --><c/>tail</r>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    EXPECT_STREQ(NameOf(oDoc.Root()), "r");
+
+    uint32_t uiNum = 0;
+    ASSERT_EQ(KTL_XML_GetNodeChildNum(oDoc.Root(), &uiNum), 0u);
+    EXPECT_EQ(uiNum, 3u);
+
+    _NODE *pstChild = KTL_XML_GetNodeFirstChild(oDoc.Root());
+    EXPECT_STREQ(NameOf(pstChild), "a");
+    pstChild = KTL_XML_GetNodeNextSibling(pstChild);
+    EXPECT_STREQ(NameOf(pstChild), "b");
+    pstChild = KTL_XML_GetNodeNextSibling(pstChild);
+    EXPECT_STREQ(NameOf(pstChild), "c");
+    EXPECT_EQ(KTL_XML_GetNodeNextSibling(pstChild), nullptr);
+}
+
+TEST(KtlXmlNavigation, ElementWithTextOnlyHasNoChildren)
+{
+    ParsedDocument oDoc("<r><b>text<!-- c --></b></r>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    _NODE *pstLeaf = NodeAt(oDoc.Root(), "r.b");
+    uint32_t uiNum = 99;
+    ASSERT_EQ(KTL_XML_GetNodeChildNum(pstLeaf, &uiNum), 0u);
+    EXPECT_EQ(uiNum, 0u);
+    EXPECT_EQ(KTL_XML_GetNodeFirstChild(pstLeaf), nullptr);
+}
+
+TEST(KtlXmlNavigation, NullNodeGivesNullOrFailure)
+{
+    EXPECT_EQ(KTL_XML_GetNodeFirstChild(nullptr), nullptr);
+    EXPECT_EQ(KTL_XML_GetNodeNextSibling(nullptr), nullptr);
+
+    uint32_t uiNum = 7;
+    EXPECT_EQ(KTL_XML_GetNodeChildNum(nullptr, &uiNum), KTL_XML_ERR_NULL_ARG);
+    EXPECT_EQ(uiNum, 0u);
+
+    ParsedDocument oDoc("<r/>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    EXPECT_EQ(KTL_XML_GetNodeChildNum(oDoc.Root(), nullptr), KTL_XML_ERR_NULL_ARG);
+}
+
+/* ---- dotted paths -------------------------------------------------------------------- */
+
+TEST(KtlXmlPath, BareNameMatchesPrefixedElement)
+{
+    ParsedDocument oDoc("<soap:Envelope xmlns:soap=\"http://schemas.xmlsoap.org/soap/envelope/\">"
+                        "<soap:Body><Answer>42</Answer></soap:Body></soap:Envelope>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+
+    EXPECT_EQ(NodeAt(oDoc.Root(), "Envelope"), oDoc.Root());
+    _NODE *pstBody = NodeAt(oDoc.Root(), "Envelope.Body");
+    EXPECT_STREQ(NameOf(pstBody), "soap:Body");
+    EXPECT_STREQ(ValueAt(pstBody, "Body.Answer"), "42");
+}
+
+TEST(KtlXmlPath, PrefixedComponentMatchesExactName)
+{
+    ParsedDocument oDoc("<soap:Envelope><soap:Body>x</soap:Body></soap:Envelope>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    EXPECT_STREQ(ValueAt(oDoc.Root(), "soap:Envelope.soap:Body"), "x");
+}
+
+TEST(KtlXmlPath, ExactNameMatches)
+{
+    ParsedDocument oDoc("<UserInfo><LoginToken><AccessToken>tok</AccessToken></LoginToken>"
+                        "</UserInfo>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    EXPECT_STREQ(ValueAt(oDoc.Root(), "UserInfo.LoginToken.AccessToken"), "tok");
+}
+
+TEST(KtlXmlPath, ComponentMustMatchWholeNameOrWholeLocalPart)
+{
+    /* ":Body" has an empty prefix, so only its whole name matches. */
+    ParsedDocument oDoc("<r><Bodyx>1</Bodyx><xBody>2</xBody><ns:Bo>3</ns:Bo><:Body>4</:Body></r>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    for (const char *pcPath : {"r.Body", "r.B", "r.ns", "r.Bodyxx"}) {
+        _NODE *pstNode = Poisoned<_NODE>();
+        EXPECT_EQ(KTL_XML_GetNodeByUrl(oDoc.Root(), pcPath, &pstNode), KTL_XML_ERR_NOT_FOUND)
+            << pcPath;
+        EXPECT_EQ(pstNode, nullptr);
+    }
+}
+
+TEST(KtlXmlPath, StepTakesFirstOfSameNamedChildren)
+{
+    ParsedDocument oDoc("<a><b>first</b><b>second</b><x:b>third</x:b></a>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    EXPECT_STREQ(ValueAt(oDoc.Root(), "a.b"), "first");
+}
+
+TEST(KtlXmlPath, PrefixedElementBeforeExactOneIsTakenFirst)
+{
+    ParsedDocument oDoc("<a><x:b>prefixed</x:b><b>bare</b></a>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    EXPECT_STREQ(ValueAt(oDoc.Root(), "a.b"), "prefixed");
+}
+
+TEST(KtlXmlPath, NoBacktrackingIntoLaterSiblings)
+{
+    ParsedDocument oDoc("<a><b/><b><c>deep</c></b></a>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    _NODE *pstNode = Poisoned<_NODE>();
+    EXPECT_EQ(KTL_XML_GetNodeByUrl(oDoc.Root(), "a.b.c", &pstNode), KTL_XML_ERR_NOT_FOUND);
+    EXPECT_EQ(pstNode, nullptr);
+}
+
+TEST(KtlXmlPath, FirstComponentMustNameTheStartNode)
+{
+    ParsedDocument oDoc("<a><b><c>v</c></b></a>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+
+    EXPECT_EQ(NodeAt(oDoc.Root(), "a"), oDoc.Root());
+    _NODE *pstNode = Poisoned<_NODE>();
+    EXPECT_EQ(KTL_XML_GetNodeByUrl(oDoc.Root(), "b.c", &pstNode), KTL_XML_ERR_NOT_FOUND);
+    EXPECT_EQ(pstNode, nullptr);
+
+    _NODE *pstB = NodeAt(oDoc.Root(), "a.b");
+    EXPECT_STREQ(ValueAt(pstB, "b.c"), "v");
+    EXPECT_EQ(KTL_XML_GetNodeByUrl(pstB, "a.b.c", &pstNode), KTL_XML_ERR_NOT_FOUND);
+}
+
+TEST(KtlXmlPath, EmptyPathOrComponentIsBadPath)
+{
+    ParsedDocument oDoc("<a><b/></a>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    for (const char *pcPath : {"", ".", "a.", ".a", "a..b", "a.b."}) {
+        _NODE *pstNode = Poisoned<_NODE>();
+        EXPECT_EQ(KTL_XML_GetNodeByUrl(oDoc.Root(), pcPath, &pstNode), KTL_XML_ERR_BAD_PATH)
+            << '"' << pcPath << '"';
+        EXPECT_EQ(pstNode, nullptr);
+    }
+}
+
+TEST(KtlXmlPath, NullArgumentsFail)
+{
+    ParsedDocument oDoc("<a/>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    _NODE *pstNode = Poisoned<_NODE>();
+    EXPECT_EQ(KTL_XML_GetNodeByUrl(nullptr, "a", &pstNode), KTL_XML_ERR_NULL_ARG);
+    EXPECT_EQ(pstNode, nullptr);
+    pstNode = Poisoned<_NODE>();
+    EXPECT_EQ(KTL_XML_GetNodeByUrl(oDoc.Root(), nullptr, &pstNode), KTL_XML_ERR_NULL_ARG);
+    EXPECT_EQ(pstNode, nullptr);
+    EXPECT_EQ(KTL_XML_GetNodeByUrl(oDoc.Root(), "a", nullptr), KTL_XML_ERR_NULL_ARG);
+}
+
+/* ---- values -------------------------------------------------------------------------- */
+
+TEST(KtlXmlValue, TextBeforeChildElementIsTheValue)
+{
+    ParsedDocument oDoc("<a> lead <b>inner</b>tail</a>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    EXPECT_STREQ(ValueOf(oDoc.Root()), " lead ");
+}
+
+TEST(KtlXmlValue, TextAfterChildElementCountsWhenNoneBefore)
+{
+    ParsedDocument oDoc("<a><b>inner</b>tail</a>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    EXPECT_STREQ(ValueOf(oDoc.Root()), "tail");
+}
+
+TEST(KtlXmlValue, WhitespaceOnlyRunIsSkipped)
+{
+    ParsedDocument oDoc("<a>\r\n\t <b/>  x\n</a>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    EXPECT_STREQ(ValueOf(oDoc.Root()), "  x\n");
+}
+
+TEST(KtlXmlValue, CdataIsCharacterData)
+{
+    ParsedDocument oDoc("<r><a><![CDATA[<raw & text>]]></a><b><![CDATA[ \t]]><c/>after</b></r>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    EXPECT_STREQ(ValueAt(oDoc.Root(), "r.a"), "<raw & text>");
+    EXPECT_STREQ(ValueAt(oDoc.Root(), "r.b"), "after");
+}
+
+TEST(KtlXmlValue, ElementWithoutCharacterDataGivesZeroAndNull)
+{
+    ParsedDocument oDoc("<r><empty/><spaces>  \n </spaces><parent><c>child text</c></parent></r>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    for (const char *pcPath : {"r.empty", "r.spaces", "r.parent"}) {
+        char *pcValue = Poisoned<char>();
+        EXPECT_EQ(KTL_XML_GetNodeValue(NodeAt(oDoc.Root(), pcPath), nullptr, 0, nullptr, &pcValue),
+                  0u);
+        EXPECT_EQ(pcValue, nullptr) << pcPath;
+    }
+}
+
+TEST(KtlXmlValue, NameIsGivenWhenAskedAndUnusedWordIsUntouched)
+{
+    ParsedDocument oDoc("<ns:r>v</ns:r>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    uint32_t uiUnused = 0xA5A5A5A5u;
+    char *pcName = nullptr;
+    char *pcValue = nullptr;
+    ASSERT_EQ(KTL_XML_GetNodeValue(oDoc.Root(), &uiUnused, 0, &pcName, &pcValue), 0u);
+    EXPECT_STREQ(pcName, "ns:r");
+    EXPECT_STREQ(pcValue, "v");
+    EXPECT_EQ(uiUnused, 0xA5A5A5A5u);
+}
+
+TEST(KtlXmlValue, NullNodeFailsAndClearsOutPointers)
+{
+    char *pcName = Poisoned<char>();
+    char *pcValue = Poisoned<char>();
+    EXPECT_EQ(KTL_XML_GetNodeValue(nullptr, nullptr, 0, &pcName, &pcValue), KTL_XML_ERR_NULL_ARG);
+    EXPECT_EQ(pcName, nullptr);
+    EXPECT_EQ(pcValue, nullptr);
+}
+
+/* ---- attributes ---------------------------------------------------------------------- */
+
+TEST(KtlXmlAttr, PresentEmptyAndMissing)
+{
+    ParsedDocument oDoc("<r id=\"7\" empty=\"\" x:name=\"n\"/>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+
+    char *pcValue = nullptr;
+    ASSERT_EQ(KTL_XML_GetAttr(oDoc.Root(), 0, "id", &pcValue), 0u);
+    EXPECT_STREQ(pcValue, "7");
+
+    pcValue = nullptr;
+    ASSERT_EQ(KTL_XML_GetAttr(oDoc.Root(), 0, "empty", &pcValue), 0u);
+    EXPECT_STREQ(pcValue, "");
+
+    for (const char *pcName : {"missing", "ID", "name"}) {
+        pcValue = Poisoned<char>();
+        EXPECT_EQ(KTL_XML_GetAttr(oDoc.Root(), 0, pcName, &pcValue), KTL_XML_ERR_NOT_FOUND)
+            << pcName;
+        EXPECT_EQ(pcValue, nullptr);
+    }
+}
+
+TEST(KtlXmlAttr, DuplicatedAttributeIsAcceptedAndFirstWins)
+{
+    ParsedDocument oDoc("<r a=\"first\" a=\"second\"/>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    char *pcValue = nullptr;
+    ASSERT_EQ(KTL_XML_GetAttr(oDoc.Root(), 0, "a", &pcValue), 0u);
+    EXPECT_STREQ(pcValue, "first");
+}
+
+TEST(KtlXmlAttr, NullArgumentsFail)
+{
+    ParsedDocument oDoc("<r a=\"1\"/>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    char *pcValue = Poisoned<char>();
+    EXPECT_EQ(KTL_XML_GetAttr(nullptr, 0, "a", &pcValue), KTL_XML_ERR_NULL_ARG);
+    EXPECT_EQ(pcValue, nullptr);
+    pcValue = Poisoned<char>();
+    EXPECT_EQ(KTL_XML_GetAttr(oDoc.Root(), 0, nullptr, &pcValue), KTL_XML_ERR_NULL_ARG);
+    EXPECT_EQ(pcValue, nullptr);
+    EXPECT_EQ(KTL_XML_GetAttr(oDoc.Root(), 0, "a", nullptr), KTL_XML_ERR_NULL_ARG);
+}
+
+} // namespace
