@@ -376,12 +376,16 @@ uint32_t XmlGetSoapBodyNode(const char *pcXmlBody, uint32_t uiLen, _NODE **ppstR
                             _NODE **ppstEnvelope, _NODE **ppstBody);
 
 /* Substring scanner (not a JSON parser): copies the quoted text after the first occurrence
- * of pcKey into pcDst without a terminator, when it ends before the next comma. */
+ * of pcKey into pcDst without a terminator, when it ends before the next comma, or any quoted
+ * text when no comma follows. Escapes are not decoded; a value of uiDstSize bytes or more is
+ * not copied. Clear pcDst before the call. */
 void XmlGetStringValueByKeyFromJson(const char *pcKey, const char *pcJson,
                                     char *pcDst, uint32_t uiDstSize);
 
 /* Endpoint-message SOAP reply. The response must carry xmlns equal to
- * LOGIN_MGMT_SERVICE_NAMESPACE. Neither argument is checked for null.
+ * LOGIN_MGMT_SERVICE_NAMESPACE. Neither argument is checked for null. On success the JSON
+ * result text (which holds the registration password) is wiped inside the document before
+ * it is released.
  * Results: 0 (read uiErrCode for the server's verdict), 1 (foreign namespace), a library
  * code. */
 uint32_t XmlParseGetSiteInfoResult(const char *pcXmlBody, tagLOGIN_S_ENDPOINT_MSG_RESULT *pstResult);
@@ -391,7 +395,8 @@ uint32_t XmlParseGetSiteInfoResult(const char *pcXmlBody, tagLOGIN_S_ENDPOINT_MS
 int32_t JsonParseUniCallCfgResult(const char *pcJsonBody, tagLOGIN_S_UNICALL_CFG *pstCfg);
 
 /* Builds the set body of rule uiIndex. On 0, *ppcBody is a new zero-terminated block
- * (KOSA_MemFreeD) and *puiLen its length without terminator. Results: 0, 1. */
+ * (KOSA_MemFreeD) and *puiLen its length without terminator. pstCfg and puiLen are not
+ * checked; the rule's uiCalleeNum is used as stored and must not exceed 10. Results: 0, 1. */
 uint32_t JsonBuildSetUniCallCfgBody(tagLOGIN_S_UNICALL_CFG *pstCfg, uint32_t uiIndex,
                                     char **ppcBody, uint32_t *puiLen);
 
@@ -404,8 +409,9 @@ uint32_t JsonParseLinkedPhoneResult(const char *pcBody, tagLOGIN_S_LINKED_PHONE_
 uint32_t JsonBuildSetLinkedPhoneInfoBody(tagLOGIN_S_LINKED_PHONE *pstLinkedPhone,
                                          char **ppcBody, uint32_t *puiLen);
 
-/* Builds the body that asks for the links of uiImpuNum identities. Results: 0, 1 (null
- * out-pointer), 2 (null request or no identity), 4 (allocation failed). */
+/* Builds the body that asks for the links of uiImpuNum identities (used as given: it must
+ * not exceed 29). Results: 0, 1 (null out-pointer), 2 (null request or no identity),
+ * 4 (allocation failed). */
 uint32_t JsonBuildGetLinkedPhoneInfoBody(tagLOGIN_S_LINKED_PHONE_INFO *pstInfo,
                                          char **ppcBody, uint32_t *puiLen);
 

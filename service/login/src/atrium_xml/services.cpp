@@ -1,0 +1,503 @@
+/*
+ * services.cpp - the management web service's SOAP reply and the two JSON services.
+ *
+ * The endpoint-message reply is a SOAP envelope: XmlGetSoapBodyNode parses it and finds
+ * Envelope and Body, XmlParseGetSiteInfoResult checks the response's namespace, reads the
+ * error code and picks three strings out of the JSON text embedded in the "result" element
+ * with XmlGetStringValueByKeyFromJson, a small substring scanner (not a JSON parser: its
+ * rules are the behaviour), and then wipes that text, which holds a password, inside the
+ * document before releasing it.
+ *
+ * The unified-call and linked-phone services speak JSON through JsonCpp. Their answers are
+ * read with Json::Reader into a Json::Value and copied member by member into the caller's
+ * record through member tables (one table per JSON object); the builders fill a
+ * Json::Value from a record, render it with toStyledString and hand the text over in a
+ * zero-filled block of the module's memory. JsonCpp's exceptions are not caught: every
+ * JsonCpp object is a local that unwinds with them, and a body block is allocated only
+ * after the text is rendered, so an exception never leaves a module block behind.
+ */
+#include "atrium_frame.h"
+
+#include <json/json.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+/* ---- SOAP endpoint-message reply --------------------------------------------------- */
+
+namespace {
+
+/* Releases the SOAP reply's document on every way out of the parser. */
+class SoapDocument {
+public:
+    SoapDocument() = default;
+    ~SoapDocument()
+    {
+        if (m_pstRoot != nullptr) {
+            KTL_XML_FreeNode(m_pstRoot);
+        }
+    }
+    SoapDocument(const SoapDocument &) = delete;
+    SoapDocument &operator=(const SoapDocument &) = delete;
+    _NODE **RootSlot() { return &m_pstRoot; }
+    _NODE *Root() const { return m_pstRoot; }
+
+private:
+    _NODE *m_pstRoot = nullptr;
+};
+
+/* Exact equality with the configured namespace URI. The lengths are compared first so that
+ * the comparison over the URI's length and terminator never reads past a shorter
+ * attribute text. */
+bool IsManagementNamespace(const char *pcNamespace)
+{
+    static const char s_acNamespace[] = LOGIN_MGMT_SERVICE_NAMESPACE;
+    return KOSA_StrLen(pcNamespace) == sizeof(s_acNamespace) - 1 &&
+           KOSA_MemCmp(pcNamespace, s_acNamespace, sizeof(s_acNamespace)) == 0;
+}
+
+/* The scanner skips the key's closing quote and the colon without looking at them. */
+const uint32_t JSON_SCAN_KEY_TAIL = 2;
+
+} // namespace
+
+uint32_t XmlGetSoapBodyNode(const char *pcXmlBody, uint32_t /* uiLen: not used */, _NODE **ppstRoot,
+                            _NODE **ppstEnvelope, _NODE **ppstBody)
+{
+    uint32_t uiRet = KTL_XML_Parse(pcXmlBody, ppstRoot);
+    if (uiRet != 0) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "GetEndPointMessageJson: KTL_XML_Parse failed errno=[0x%x]!", uiRet);
+        return uiRet;
+    }
+    uiRet = KTL_XML_GetNodeByUrl(*ppstRoot, "Envelope", ppstEnvelope);
+    if (uiRet != 0 || *ppstEnvelope == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "GetEndPointMessageJson: get node [Soap:Envelope] failed errno=[0x%x]!",
+                     uiRet);
+        return uiRet;
+    }
+    /* From the root, not from the envelope: the path names the envelope itself first. */
+    uiRet = KTL_XML_GetNodeByUrl(*ppstRoot, "Envelope.Body", ppstBody);
+    if (uiRet != 0 || *ppstBody == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "GetEndPointMessageJson: get node [Soap:Body] failed errno=[0x%x]!", uiRet);
+        return uiRet;
+    }
+    return 0;
+}
+
+void XmlGetStringValueByKeyFromJson(const char *pcKey, const char *pcJson, char *pcDst, uint32_t uiDstSize)
+{
+    const char *pcKeyAt = KOSA_StrStr(pcJson, pcKey);
+    if (pcKeyAt == nullptr) {
+        return;
+    }
+    const char *pcKeyEnd = pcKeyAt + KOSA_StrLen(pcKey);
+    /* A key that ends less than two bytes before the terminator has no value after it;
+     * stepping over two bytes there would leave the text. */
+    if (pcKeyEnd[0] == '\0' || pcKeyEnd[1] == '\0') {
+        return;
+    }
+    const char *pcStart = pcKeyEnd + JSON_SCAN_KEY_TAIL;
+    const char *pcComma = KOSA_StrChr(pcStart, ',');
+    const char *pcOpen = KOSA_StrChr(pcStart, '"');
+    if (pcOpen == nullptr || (pcComma != nullptr && pcOpen >= pcComma)) {
+        return;
+    }
+    const char *pcClose = KOSA_StrChr(pcOpen + 1, '"');
+    if (pcClose == nullptr || (pcComma != nullptr && pcClose >= pcComma)) {
+        return;
+    }
+    /* No terminator of its own: the caller's cleared record supplies it. A value of at
+     * least the destination's size is not copied, and that is not an error here. */
+    (void)qev_memcpy_s(pcDst, uiDstSize, pcOpen + 1, static_cast<uint32_t>(pcClose - pcOpen - 1));
+}
+
+uint32_t XmlParseGetSiteInfoResult(const char *pcXmlBody, tagLOGIN_S_ENDPOINT_MSG_RESULT *pstResult)
+{
+    SoapDocument stDocument;
+    _NODE *pstEnvelope = nullptr;
+    _NODE *pstBody = nullptr;
+    _NODE *pstResponse = nullptr;
+    _NODE *pstResultNode = nullptr;
+    _NODE *pstNode = nullptr;
+    char *pcValue = nullptr;
+    char *pcNamespace = nullptr;
+
+    uint32_t uiRet = XmlGetSoapBodyNode(pcXmlBody, 0, stDocument.RootSlot(), &pstEnvelope, &pstBody);
+    if (uiRet != 0 || stDocument.Root() == nullptr || pstEnvelope == nullptr || pstBody == nullptr) {
+        return uiRet;
+    }
+    uiRet = KTL_XML_GetNodeByUrl(pstBody, "Body.GetEndPointMessageJsonResponse", &pstResponse);
+    if (uiRet != 0 || pstResponse == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR,
+                     "GetEndPointMessageJson: get node [GetEndPointMessageJsonResponse] failed errno=[0x%x]!", uiRet);
+        return uiRet;
+    }
+    uiRet = KTL_XML_GetAttr(pstResponse, 0, "xmlns", &pcNamespace);
+    if (uiRet != 0 || pcNamespace == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "GetEndPointMessageJson: get Attr of Response failed errno=[0x%x]!", uiRet);
+        return uiRet;
+    }
+    if (!IsManagementNamespace(pcNamespace)) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "illeqal Response");
+        return 1;
+    }
+    uiRet = KTL_XML_GetNodeByUrl(pstResponse, "GetEndPointMessageJsonResponse.GetEndPointMessageJsonResult",
+                                 &pstResultNode);
+    if (uiRet != 0 || pstResultNode == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR,
+                     "GetEndPointMessageJson: get node [GetEndPointMessageJsonResult] failed errno=[0x%x]!", uiRet);
+        return uiRet;
+    }
+    uiRet = XML_D_GET_NODEVALUE_BYURI(pstResultNode, "GetEndPointMessageJsonResult.ErrCode", &pstNode, &pcValue);
+    if (pcValue == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "GetEndPointMessageJson: get node [ErrCode] failed errno=[0x%x]!", uiRet);
+        return uiRet;
+    }
+    pstResult->uiErrCode = static_cast<uint32_t>(std::atoi(pcValue));
+    if (pstResult->uiErrCode != 0) {
+        return 0; /* the server's verdict is in uiErrCode */
+    }
+    (void)XML_D_GET_NODEVALUE_BYURI(pstResponse, "GetEndPointMessageJsonResponse.result", &pstNode, &pcValue);
+    if (pcValue == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "no result");
+        return 0;
+    }
+    XmlGetStringValueByKeyFromJson("Uri", pcValue, pstResult->acUri, sizeof(pstResult->acUri));
+    XmlGetStringValueByKeyFromJson("RegPassword", pcValue, pstResult->acRegPassword,
+                                   sizeof(pstResult->acRegPassword));
+    XmlGetStringValueByKeyFromJson("RegIpAddress", pcValue, pstResult->acRegIpAddress,
+                                   sizeof(pstResult->acRegIpAddress));
+    /* The text holds the registration password: it must not outlive the call in the
+     * document's memory. */
+    const uint32_t uiJsonLen = KOSA_StrLen(pcValue);
+    (void)qev_memset_s(pcValue, uiJsonLen, 0, uiJsonLen);
+    return 0;
+}
+
+/* ---- JSON services: shared steps --------------------------------------------------- */
+
+namespace {
+
+/* How a JSON member maps to a record field. */
+enum class JsonKind : uint8_t {
+    Text,  /* string <-> char field of uiCapacity bytes (qev_strcpy_s when read) */
+    UInt,  /* unsigned number <-> uint32_t (asUInt when read) */
+    Bool,  /* read with asBool into a uint32_t as 1 or 0 */
+};
+
+/* Result of a JSON parser for text that JsonCpp cannot read. */
+const uint32_t JSON_TEXT_NOT_JSON = 46;
+
+/* One member of a JSON object and the record field it fills or is built from. */
+struct JsonMember {
+    const char *pcName;
+    uint32_t uiOffset;
+    uint32_t uiCapacity;
+    JsonKind eKind;
+};
+
+/* Copies the members of stObject that are present and not null into the record, in table
+ * order. A member of another type than its row makes JsonCpp throw; rows read before it
+ * stay written. */
+template <size_t N>
+void ReadJsonMembers(const Json::Value &stObject, const JsonMember (&astMembers)[N], void *pvRecord)
+{
+    for (const JsonMember &stMember : astMembers) {
+        const Json::Value &stValue = stObject[stMember.pcName];
+        if (stValue.isNull()) {
+            continue;
+        }
+        char *pcField = static_cast<char *>(pvRecord) + stMember.uiOffset;
+        uint32_t uiWord = 0;
+        switch (stMember.eKind) {
+        case JsonKind::Text:
+            (void)qev_strcpy_s(pcField, stMember.uiCapacity, stValue.asCString());
+            continue;
+        case JsonKind::UInt:
+            uiWord = stValue.asUInt();
+            break;
+        case JsonKind::Bool:
+            uiWord = stValue.asBool() ? 1u : 0u;
+            break;
+        }
+        std::memcpy(pcField, &uiWord, sizeof(uiWord));
+    }
+}
+
+/* Writes every row of the table into stObject: text fields as strings, the others as
+ * unsigned numbers. */
+template <size_t N>
+void WriteJsonMembers(Json::Value &stObject, const JsonMember (&astMembers)[N], const void *pvRecord)
+{
+    for (const JsonMember &stMember : astMembers) {
+        const char *pcField = static_cast<const char *>(pvRecord) + stMember.uiOffset;
+        if (stMember.eKind == JsonKind::Text) {
+            stObject[stMember.pcName] = Json::Value(pcField);
+            continue;
+        }
+        uint32_t uiWord = 0;
+        std::memcpy(&uiWord, pcField, sizeof(uiWord));
+        stObject[stMember.pcName] = Json::Value(static_cast<Json::UInt>(uiWord));
+    }
+}
+
+/* Reads a whole JSON text (comments collected). JsonCpp builds that mark Json::Reader
+ * deprecated would warn here; the services' answers are read with it on purpose. */
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+bool ParseJsonText(const char *pcText, Json::Value &stRoot)
+{
+    Json::Reader stReader;
+    return stReader.parse(pcText, pcText + KOSA_StrLen(pcText), stRoot, true);
+}
+#pragma GCC diagnostic pop
+
+/*
+ * Renders stRoot and hands it to the caller: a zero-filled block of length + 1 bytes (the
+ * zero fill is the terminator), of which the text's length bytes are copied, and the
+ * length without terminator. The block is allocated only once the text exists, so a
+ * JsonCpp exception can never leave it behind. Returns 0, or uiNoMemoryCode with
+ * "malloc failed!" traced on behalf of the builder.
+ */
+uint32_t HandOverJsonBody(const Json::Value &stRoot, char **ppcBody, uint32_t *puiLen, uint32_t uiNoMemoryCode,
+                          const AtriumCallSite &stSite)
+{
+    const std::string strBody = stRoot.toStyledString();
+    const uint32_t uiLen = static_cast<uint32_t>(strBody.size());
+    *ppcBody = static_cast<char *>(ATRIUM_MALLOC_S(uiLen + 1));
+    if (*ppcBody == nullptr) {
+        ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_ERROR, "malloc failed!");
+        return uiNoMemoryCode;
+    }
+    (void)qev_memcpy_s(*ppcBody, uiLen, strBody.data(), uiLen);
+    *puiLen = uiLen;
+    return 0;
+}
+
+} // namespace
+
+/* ---- unified-call configuration ---------------------------------------------------- */
+
+namespace {
+
+using UniCallCfg = tagLOGIN_S_UNICALL_CFG;
+using UniCallBean = tagLOGIN_S_UNICALL_BEAN;
+
+/* Members of the answer's "data" object (the builder writes only some of them). */
+const JsonMember g_astUniCallDataMembers[] = {
+    {"operate", ATRIUM_FIELD(UniCallCfg, uiOperate), JsonKind::UInt},
+    {"srvtype", ATRIUM_FIELD(UniCallCfg, uiSrvType), JsonKind::UInt},
+    {"dspnum", ATRIUM_FIELD(UniCallCfg, acDspNum), JsonKind::Text},
+    {"errorCode", ATRIUM_FIELD(UniCallCfg, acErrorCode), JsonKind::Text},
+    {"showCallerNum", ATRIUM_FIELD(UniCallCfg, uiShowCallerNum), JsonKind::UInt},
+};
+
+/* Plain members of one rule, both directions. */
+const JsonMember g_astUniCallBeanMembers[] = {
+    {"ruleid", ATRIUM_FIELD(UniCallBean, acRuleId), JsonKind::Text},
+    {"calleeIndex", ATRIUM_FIELD(UniCallBean, uiCalleeIndex), JsonKind::UInt},
+    {"rtype", ATRIUM_FIELD(UniCallBean, uiRType), JsonKind::UInt},
+    {"operateType", ATRIUM_FIELD(UniCallBean, uiOperateType), JsonKind::UInt},
+};
+
+/* Members of a rule's "timeInfo" object, both directions. */
+const JsonMember g_astUniCallTimeMembers[] = {
+    {"allTime", ATRIUM_FIELD(UniCallBean, uiAllTime), JsonKind::UInt},
+    {"cycleType", ATRIUM_FIELD(UniCallBean, uiCycleType), JsonKind::UInt},
+    {"startDate", ATRIUM_FIELD(UniCallBean, acStartDate), JsonKind::Text},
+    {"endDate", ATRIUM_FIELD(UniCallBean, acEndDate), JsonKind::Text},
+    {"dayInWeek", ATRIUM_FIELD(UniCallBean, acDayInWeek), JsonKind::Text},
+    {"startTime", ATRIUM_FIELD(UniCallBean, acStartTime), JsonKind::Text},
+    {"endTime", ATRIUM_FIELD(UniCallBean, acEndTime), JsonKind::Text},
+};
+
+/* Unreadable text also marks the record: return code 1 beside the parser's 46. */
+const uint32_t UNICALL_RETURN_CODE_NOT_JSON = 1;
+
+/* One rule of the answer. A rule with a callee list gets the answer's rule count in
+ * uiCalleeNum, not its own callee count: the login service reads it so. */
+void ReadUniCallBean(const Json::Value &stBean, uint32_t uiRuleCount, UniCallBean *pstBean)
+{
+    ReadJsonMembers(stBean, g_astUniCallBeanMembers, pstBean);
+    const Json::Value &stTimeInfo = stBean["timeInfo"];
+    if (!stTimeInfo.isNull()) {
+        ReadJsonMembers(stTimeInfo, g_astUniCallTimeMembers, pstBean);
+    }
+    const Json::Value &stCallees = stBean["calleeList"];
+    if (stCallees.isNull()) {
+        return;
+    }
+    const uint32_t uiCallees = std::min<uint32_t>(stCallees.size(), LOGIN_UNICALL_CALLEE_MAX);
+    for (uint32_t j = 0; j < uiCallees; ++j) {
+        (void)qev_strcpy_s(pstBean->aacCalleeList[j], sizeof(pstBean->aacCalleeList[j]), stCallees[j].asCString());
+    }
+    pstBean->uiCalleeNum = uiRuleCount;
+}
+
+/* One rule of the set body. uiCalleeNum is taken as stored: the caller keeps it within
+ * the list's ten entries. */
+Json::Value BuildUniCallBean(const UniCallBean &stBean)
+{
+    Json::Value stRule(Json::objectValue);
+    WriteJsonMembers(stRule, g_astUniCallBeanMembers, &stBean);
+    Json::Value stTimeInfo(Json::objectValue);
+    WriteJsonMembers(stTimeInfo, g_astUniCallTimeMembers, &stBean);
+    stRule["timeInfo"] = stTimeInfo;
+    Json::Value stCallees(Json::arrayValue);
+    for (uint32_t j = 0; j < stBean.uiCalleeNum; ++j) {
+        stCallees.append(Json::Value(stBean.aacCalleeList[j]));
+    }
+    stRule["calleeList"] = stCallees;
+    return stRule;
+}
+
+} // namespace
+
+int32_t JsonParseUniCallCfgResult(const char *pcJsonBody, tagLOGIN_S_UNICALL_CFG *pstCfg)
+{
+    if (pcJsonBody == nullptr || pstCfg == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "pcJsonBody pointer empty!");
+        return 2;
+    }
+    /* Servers may put text before the object; it is skipped. */
+    const char *pcObject = KOSA_StrStr(pcJsonBody, "{");
+    if (pcObject == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "pszJsonBody empty!");
+        return 2;
+    }
+    Json::Value stParsed;
+    if (!ParseJsonText(pcObject, stParsed)) {
+        pstCfg->uiReturnCode = UNICALL_RETURN_CODE_NOT_JSON;
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "json parse failed");
+        return static_cast<int32_t>(JSON_TEXT_NOT_JSON);
+    }
+    const Json::Value &stRoot = stParsed;
+    pstCfg->uiReturnCode = stRoot["returnCode"].asUInt();
+    if (pstCfg->uiReturnCode != 0) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "return_code: %u", pstCfg->uiReturnCode);
+        return 0;
+    }
+    const Json::Value &stData = stRoot["data"];
+    ReadJsonMembers(stData, g_astUniCallDataMembers, pstCfg);
+    const Json::Value &stBeans = stData["unicallBeans"];
+    if (stBeans.isNull()) {
+        return 0;
+    }
+    const uint32_t uiRuleCount = std::min<uint32_t>(stBeans.size(), LOGIN_UNICALL_BEAN_MAX);
+    pstCfg->uiUniCallBeanNum = uiRuleCount;
+    for (uint32_t i = 0; i < uiRuleCount; ++i) {
+        ReadUniCallBean(stBeans[i], uiRuleCount, &pstCfg->astUniCallBean[i]);
+    }
+    return 0;
+}
+
+uint32_t JsonBuildSetUniCallCfgBody(tagLOGIN_S_UNICALL_CFG *pstCfg, uint32_t uiIndex, char **ppcBody,
+                                    uint32_t *puiLen)
+{
+    if (ppcBody == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "param is null!");
+        return 1;
+    }
+    Json::Value stRoot(Json::objectValue);
+    stRoot["operate"] = Json::Value(static_cast<Json::UInt>(pstCfg->uiOperate));
+    if (pstCfg->uiSrvType != 0 && pstCfg->uiSrvType != 1) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "srv_type type is error");
+        return 1;
+    }
+    stRoot["srvtype"] = Json::Value(static_cast<Json::UInt>(pstCfg->uiSrvType));
+    stRoot["dspnum"] = Json::Value(pstCfg->acDspNum);
+    if (uiIndex >= pstCfg->uiUniCallBeanNum) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "out buffer array!");
+        return 1;
+    }
+    stRoot["unicallBeans"].append(BuildUniCallBean(pstCfg->astUniCallBean[uiIndex]));
+    return HandOverJsonBody(stRoot, ppcBody, puiLen, 1, ATRIUM_HERE);
+}
+
+/* ---- linked phones ------------------------------------------------------------------ */
+
+namespace {
+
+using LinkedPhone = tagLOGIN_S_LINKED_PHONE;
+
+/* Members of one identity in the answer ("active" is a boolean there). */
+const JsonMember g_astLinkedPhoneMembers[] = {
+    {"impu", ATRIUM_FIELD(LinkedPhone, acImpu), JsonKind::Text},
+    {"active", ATRIUM_FIELD(LinkedPhone, uiActive), JsonKind::Bool},
+    {"linkedPhone", ATRIUM_FIELD(LinkedPhone, acLinkedPhone), JsonKind::Text},
+};
+
+/* The service refuses to list 30 identities or more: 29 is the most an answer may hold. */
+const uint32_t LINKED_PHONE_REFUSED_COUNT = LOGIN_LINKED_PHONE_MAX + 1;
+const uint32_t LINKED_PHONE_TOO_MANY = 11;
+const uint32_t LINKED_PHONE_GET_NO_MEMORY = 4;
+
+} // namespace
+
+uint32_t JsonParseLinkedPhoneResult(const char *pcBody, tagLOGIN_S_LINKED_PHONE_RESULT *pstResult)
+{
+    if (pcBody == nullptr || pstResult == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "pcBody pointer empty!");
+        return 2;
+    }
+    Json::Value stParsed;
+    if (!ParseJsonText(pcBody, stParsed)) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "json parse failed");
+        return JSON_TEXT_NOT_JSON;
+    }
+    const Json::Value &stRoot = stParsed;
+    const Json::Value &stPhones = stRoot["data"];
+    pstResult->uiLinkedPhoneNum = stPhones.size();
+    if (pstResult->uiLinkedPhoneNum >= LINKED_PHONE_REFUSED_COUNT) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "linkedPhoneBeans_count error!");
+        return LINKED_PHONE_TOO_MANY;
+    }
+    for (uint32_t i = 0; i < pstResult->uiLinkedPhoneNum; ++i) {
+        ReadJsonMembers(stPhones[i], g_astLinkedPhoneMembers, &pstResult->astLinkedPhone[i]);
+    }
+    return 0;
+}
+
+uint32_t JsonBuildSetLinkedPhoneInfoBody(tagLOGIN_S_LINKED_PHONE *pstLinkedPhone, char **ppcBody, uint32_t *puiLen)
+{
+    if (ppcBody == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "ppBody is NULL!");
+        return 1;
+    }
+    Json::Value stRoot(Json::objectValue);
+    stRoot["impu"] = Json::Value(pstLinkedPhone->acImpu);
+    /* The request carries "active" as a signed number, although the answer has a boolean. */
+    if (pstLinkedPhone->uiActive != 0) {
+        if (pstLinkedPhone->acLinkedPhone[0] == '\0') {
+            ATRIUM_TRACE(LOGIN_TRACE_ERROR, "param linkedPhone is error");
+            return 1;
+        }
+        stRoot["active"] = Json::Value(static_cast<Json::Int>(1));
+        stRoot["linkedPhone"] = Json::Value(pstLinkedPhone->acLinkedPhone);
+    } else {
+        stRoot["active"] = Json::Value(static_cast<Json::Int>(0));
+    }
+    return HandOverJsonBody(stRoot, ppcBody, puiLen, 1, ATRIUM_HERE);
+}
+
+uint32_t JsonBuildGetLinkedPhoneInfoBody(tagLOGIN_S_LINKED_PHONE_INFO *pstInfo, char **ppcBody, uint32_t *puiLen)
+{
+    if (ppcBody == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "ppBody is NULL!");
+        return 1;
+    }
+    if (pstInfo == nullptr || pstInfo->uiImpuNum == 0) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "pstLinkedPhoneInfo is null or impuNum is 0 !");
+        return 2;
+    }
+    /* uiImpuNum is taken as given: the caller keeps it within its array. */
+    Json::Value stImpus(Json::arrayValue);
+    for (uint32_t i = 0; i < pstInfo->uiImpuNum; ++i) {
+        stImpus.append(Json::Value(pstInfo->astLinkedPhone[i].acImpu));
+    }
+    Json::Value stRoot(Json::objectValue);
+    stRoot["impuList"] = stImpus;
+    return HandOverJsonBody(stRoot, ppcBody, puiLen, LINKED_PHONE_GET_NO_MEMORY, ATRIUM_HERE);
+}
