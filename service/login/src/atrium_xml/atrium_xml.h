@@ -173,7 +173,8 @@ typedef struct tagLOGIN_S_LINKED_PHONE_INFO {
  * Resolves the host of "host:port" text into "ip:port;ip:port;..." ("ip;ip;..." for port
  * 0 or no port) through the login service's resolver, trying type 2 then type 1.
  * Text without ':' and text whose host is not a domain name (CheckIsDomain 0) is copied
- * unchanged. Results: 0 (pcOut filled), 7 when both resolver calls fail (pcOut untouched).
+ * unchanged. Entries of address 0 are skipped. Results: 0 (pcOut filled), 7 when both
+ * resolver calls fail (pcOut untouched).
  * An address list that outgrows uiOutLen loses what was joined before the overflowing
  * append (the bounded append leaves an empty string), so pcOut then holds the addresses
  * that came after it.
@@ -197,8 +198,10 @@ uint32_t GetSiteNumber(_NODE *pstNode);
 /*
  * Reads one "site" element into *pstSite, which must start all-zero. Allocates the site's
  * group array (pstAccessServer, owned by the site; see freeSiteMem). pcAtriumAddr, when not
- * null, receives the first group's portal address while it is still empty.
- * Results: 0, 1 when the group array cannot be allocated, 2 for a null node or record.
+ * null and still empty, receives the portal address of the first group that carries one; a
+ * non-empty buffer is never overwritten.
+ * Results: 0; 1 when the group array cannot be allocated (uiNumOfAccessServer stays set,
+ * pstAccessServer null, the TR-069 credentials not read); 2 for a null node or record.
  */
 uint32_t XmlAtriumParseSite(_NODE *pstNode, tagLOGIN_S_SITE *pstSite,
                             char *pcAtriumAddr, uint32_t uiAtriumAddrLen);
@@ -210,7 +213,7 @@ uint32_t IsMatchingSite(_NODE *pstNode, const char *pcHost);
  * Releases an array of uiNum sites allocated with KOSA_MemMallocS and each site's group
  * array; memory is zeroed before it is freed (of each group array, its first group).
  * freeSiteMem(p, 1) releases a selected-site record handed out by getSiteInfo or a guest's
- * site copy.
+ * site copy. A null pstSites is ignored.
  */
 void freeSiteMem(tagLOGIN_S_SITE *pstSites, uint32_t uiNum);
 
@@ -228,21 +231,25 @@ uint32_t getSeveralRandom(uint32_t *puiPos, uint32_t uiK, uint32_t uiN);
 uint32_t getTopPriorityPos(tagLOGIN_S_SITE *pstSites, uint32_t uiNumOfSite);
 
 /* Copies min(uiNumOfGroup, 3) randomly drawn groups of pstSrc into pstDst (room for 3),
- * marking each with uiIsMainSite. Returns the number copied. */
+ * marking each with uiIsMainSite. Returns the number copied: 0 when pstSrc is null or the
+ * draw fails. */
 uint32_t copyAccessGroup(tagLOGIN_S_ACCESS_SERVER *pstDst, tagLOGIN_S_ACCESS_SERVER *pstSrc,
                          uint32_t uiNumOfGroup, uint32_t uiIsMainSite);
 
 /*
  * Gives pstOut a new group array (owned by pstOut) with up to 3 groups of pstSites[0].
  * The groups are marked main when uiMainSite is 0 (the flag is the negation of the
- * argument). Results: 0, 1 when the array cannot be allocated (pstOut->pstAccessServer is
- * then null).
+ * argument). When no group is copied the array is released (pstAccessServer null,
+ * uiNumOfAccessServer 0). Results: 0, 1 when the array cannot be allocated
+ * (pstOut->pstAccessServer is then null and uiNumOfAccessServer untouched).
  */
 uint32_t getSingleSiteAccessGroup(tagLOGIN_S_SITE *pstSites, tagLOGIN_S_SITE *pstOut,
                                   uint32_t uiMainSite);
 
 /* Gives pstOut a new group array with up to 3 groups per site: own site first, then the
- * top-priority site, then the others in index order. Results: 0, 1 on allocation failure. */
+ * top-priority site, then the others in index order. A site with a null group array
+ * contributes nothing; with no group copied, pstAccessServer is null and the count 0.
+ * Results: 0, 1 on allocation failure (pstAccessServer null, count untouched). */
 uint32_t getMultAccessGroup(tagLOGIN_S_SITE *pstSites, uint32_t uiNumOfSite, uint32_t uiOwnSite,
                             uint32_t uiMainSite, uint32_t uiTopPrioritySite,
                             tagLOGIN_S_SITE *pstOut);
@@ -251,7 +258,8 @@ uint32_t getMultAccessGroup(tagLOGIN_S_SITE *pstSites, uint32_t uiNumOfSite, uin
  * Builds the selected site: a copy of pstSites[uiOwnSite] whose group array is replaced by
  * the selected groups. *ppstSite receives a new record owned by the caller (release with
  * freeSiteMem(*ppstSite, 1)). Results: 0 (also when the group array could not be
- * allocated: the record then has a null pstAccessServer), 1 when uiNumOfSite is 0 or the
+ * allocated: the record then has a null pstAccessServer and the own site's
+ * uiNumOfAccessServer), 1 when uiNumOfSite is 0 or the
  * record cannot be allocated (*ppstSite untouched).
  */
 uint32_t getSiteInfo(tagLOGIN_S_SITE *pstSites, uint32_t uiNumOfSite, uint32_t uiOwnSite,
@@ -260,7 +268,9 @@ uint32_t getSiteInfo(tagLOGIN_S_SITE *pstSites, uint32_t uiNumOfSite, uint32_t u
 /*
  * Lists the SIP server (and TLS SIP server, when present) of every group of every site in
  * pstList. pstList->pstServer is a new array owned by the caller (KOSA_MemFreeD); uiNum is
- * set before the allocation. Results: 0, 1 when the array cannot be allocated.
+ * set before the allocation. With no groups uiNum is 0 and pstServer a valid empty block the
+ * caller still frees; a site with a null group array counts as none.
+ * Results: 0, 1 when the array cannot be allocated.
  */
 uint32_t getAllSipServer(tagLOGIN_S_SITE *pstSites, uint32_t uiNumOfSite,
                          tagLOGIN_S_SERVER_LIST *pstList);

@@ -1,0 +1,587 @@
+/*
+ * sites.cpp - the site machinery: sites, their access-server groups, and the choice of
+ * the groups a client uses.
+ *
+ * Parsing: the caller counts the "site" children of an answer (GetSiteNumber), allocates a
+ * zero-filled site array and parses each site (XmlAtriumParseSite). A site's
+ * "accessserver" children become group records (XmlAtriumParseAccessServer, with the
+ * nested "stggroup" through XmlAtriumParseStgInfo). Almost every group field is one
+ * attribute of one child element, so each record is described by an attribute-key table
+ * that one routine runs; a few addresses are host names rewritten to address lists
+ * through the login service's resolver (XmlAtriumGetIpFromDomain).
+ *
+ * Selection: from the parsed array the caller builds the selected site (getSiteInfo): a
+ * copy of its own site holding at most three randomly drawn groups per site, own site
+ * first, then the top-priority site, then the others in array order. It also gathers
+ * every SIP server of every group (getAllSipServer), then releases the array
+ * (freeSiteMem). Everything handed to the caller is allocated through the memory ledger.
+ *
+ * A site whose group pointer is null has no groups, whatever its count says: that is what
+ * a failed group allocation leaves behind, and the parsers' callers go on with it.
+ */
+#include "atrium_frame.h"
+
+namespace {
+
+const uint32_t HOST_CAPACITY = 256;          /* host part of "host:port" */
+const uint32_t ADDR_TEXT_CAPACITY = 32;      /* one "a.b.c.d" or "a.b.c.d:port" */
+const uint32_t RESOLVER_ENTRIES = 12;        /* capacity of one resolver answer */
+const uint32_t RESOLVER_TYPE_FIRST = 2;
+const uint32_t RESOLVER_TYPE_SECOND = 1;
+const uint32_t RESULT_RESOLVE_FAILED = 7;
+const uint32_t PATH_CAPACITY = 100;          /* numbered paths such as "...ms%u" */
+const uint32_t GROUPS_PER_SITE = 3;          /* groups a site contributes to a selection */
+
+using Group = tagLOGIN_S_ACCESS_SERVER;
+using StgGroup = tagLOGIN_S_STG_GROUP;
+using Site = tagLOGIN_S_SITE;
+
+/* ---- attribute keys ------------------------------------------------------------------ */
+
+/* How a found attribute reaches its field. */
+enum class AttrStore : uint8_t {
+    Copy,      /* qev_strcpy_s with the field's capacity */
+    Resolve,   /* XmlAtriumGetIpFromDomain into the field; its result is not looked at */
+};
+
+/* One row of an attribute-key table: the element, its attribute and the field it fills. */
+struct AttrKey {
+    const char *pcPath;        /* dotted path from the start node */
+    const char *pcAttr;
+    uint32_t uiOffset;         /* field offset in the record */
+    uint32_t uiCapacity;       /* field capacity */
+    AttrStore eStore;
+    const char *pcAfterFormat; /* level-2 trace of the field ("%s") after the row, or null */
+};
+
+/* The shared per-key step: the element at pcPath, or null (the step traces the miss). The
+ * element's value is read and its failure traced, but the callers only want attributes. */
+_NODE *FindElement(_NODE *pstStart, const char *pcPath, const AtriumCallSite &stSite)
+{
+    _NODE *pstNode = nullptr;
+    char *pcValue = nullptr;
+    (void)AtriumGetNodeValueByUri(pstStart, pcPath, &pstNode, &pcValue, stSite);
+    return pstNode;
+}
+
+/* Attribute pcName of a node when present and not empty, else null. */
+const char *NonEmptyAttr(_NODE *pstNode, const char *pcName)
+{
+    char *pcAttr = nullptr;
+    if (KTL_XML_GetAttr(pstNode, 0, pcName, &pcAttr) != 0 || pcAttr == nullptr || pcAttr[0] == '\0') {
+        return nullptr;
+    }
+    return pcAttr;
+}
+
+/* Attribute pcName of the element at pcPath: the element is looked up with the per-key
+ * step, and its attribute read whatever its value read gave. */
+const char *FoundAttr(_NODE *pstStart, const char *pcPath, const char *pcName,
+                      const AtriumCallSite &stSite)
+{
+    _NODE *pstNode = FindElement(pstStart, pcPath, stSite);
+    return pstNode == nullptr ? nullptr : NonEmptyAttr(pstNode, pcName);
+}
+
+void CopyText(char *pcField, uint32_t uiCapacity, const char *pcText)
+{
+    if (pcText != nullptr) {
+        (void)qev_strcpy_s(pcField, uiCapacity, pcText);
+    }
+}
+
+/* "isactive" switches a flag on only when it is exactly "true"; anything else leaves it. */
+void SetFlagWhenActive(_NODE *pstNode, uint32_t *puiFlag)
+{
+    const char *pcActive = NonEmptyAttr(pstNode, "isactive");
+    if (pcActive != nullptr && KOSA_StrCmp(pcActive, "true") == 0) {
+        *puiFlag = 1;
+    }
+}
+
+void ReadAttrKeys(_NODE *pstStart, const AttrKey *pstKeys, size_t uiCount, void *pvRecord,
+                  const AtriumCallSite &stSite)
+{
+    char *pcRecord = static_cast<char *>(pvRecord);
+    for (size_t i = 0; i < uiCount; ++i) {
+        const AttrKey &stKey = pstKeys[i];
+        char *pcField = pcRecord + stKey.uiOffset;
+        const char *pcAttr = FoundAttr(pstStart, stKey.pcPath, stKey.pcAttr, stSite);
+        if (pcAttr != nullptr) {
+            if (stKey.eStore == AttrStore::Resolve) {
+                (void)XmlAtriumGetIpFromDomain(pcField, stKey.uiCapacity, pcAttr);
+            } else {
+                (void)qev_strcpy_s(pcField, stKey.uiCapacity, pcAttr);
+            }
+        }
+        if (stKey.pcAfterFormat != nullptr) {
+            ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_PROGRESS, stKey.pcAfterFormat, pcField);
+        }
+    }
+}
+
+template <size_t N>
+void ReadAttrKeys(_NODE *pstStart, const AttrKey (&astKeys)[N], void *pvRecord,
+                  const AtriumCallSite &stSite)
+{
+    ReadAttrKeys(pstStart, astKeys, N, pvRecord, stSite);
+}
+
+/* The "uri" of the eight numbered elements pcPathFormat names (its "%u" runs 1 .. 8) into
+ * aacUri; the count is fixed, a missing element is traced and skipped, a ninth is never
+ * read. */
+void ReadNumberedUris(_NODE *pstStart, const char *pcPathFormat, char (*aacUri)[256],
+                      const AtriumCallSite &stSite)
+{
+    char acPath[PATH_CAPACITY];
+    for (uint32_t i = 1; i <= LOGIN_MEDIA_SERVER_NUM; ++i) {
+        (void)qev_sprintf_s(acPath, sizeof(acPath), pcPathFormat, i);
+        CopyText(aacUri[i - 1], sizeof(aacUri[i - 1]), FoundAttr(pstStart, acPath, "uri", stSite));
+    }
+}
+
+const AttrKey g_astStgKeys[] = {
+    {"stggroup.stg", "uri", ATRIUM_FIELD(StgGroup, acStgUri), AttrStore::Copy, nullptr},
+    {"stggroup.auth", "account", ATRIUM_FIELD(StgGroup, acAuthAccount), AttrStore::Copy, nullptr},
+    {"stggroup.auth", "pwd", ATRIUM_FIELD(StgGroup, acAuthPwd), AttrStore::Copy, nullptr},
+    {"stggroup.sipstg", "uri", ATRIUM_FIELD(StgGroup, acSipStgUri), AttrStore::Copy, nullptr},
+    {"stggroup.eserverstg", "uri", ATRIUM_FIELD(StgGroup, acEserverStgAddr), AttrStore::Resolve, nullptr},
+    {"stggroup.eserverstg1", "uri", ATRIUM_FIELD(StgGroup, acEserverStg1Addr), AttrStore::Resolve, nullptr},
+    {"stggroup.maastg", "uri", ATRIUM_FIELD(StgGroup, acMaaStgUri), AttrStore::Copy, nullptr},
+    {"stggroup.maastg1", "uri", ATRIUM_FIELD(StgGroup, acMaaStg1Uri), AttrStore::Copy, nullptr},
+};
+
+/* In lookup order, which is also the order of the trace lines. */
+const AttrKey g_astAccessServerKeys[] = {
+    {"accessserver.sip", "uri", ATRIUM_FIELD(Group, acSipUri), AttrStore::Copy, nullptr},
+    {"accessserver.svn", "uri", ATRIUM_FIELD(Group, acSvnUri), AttrStore::Copy, nullptr},
+    {"accessserver.httpsproxy", "uri", ATRIUM_FIELD(Group, acHttpsProxyUri), AttrStore::Copy, nullptr},
+    {"accessserver.eserver", "uri", ATRIUM_FIELD(Group, acEserverAddr), AttrStore::Resolve, nullptr},
+    {"accessserver.eserver1", "uri", ATRIUM_FIELD(Group, acEserver1Addr), AttrStore::Resolve, nullptr},
+    {"accessserver.conf", "uri", ATRIUM_FIELD(Group, acConfUri), AttrStore::Copy, nullptr},
+    {"accessserver.conf_type", "cmstype", ATRIUM_FIELD(Group, acConfType), AttrStore::Copy, nullptr},
+    {"accessserver.maa", "uri", ATRIUM_FIELD(Group, acMaaUri), AttrStore::Copy, nullptr},
+    {"accessserver.maa1", "uri", ATRIUM_FIELD(Group, acMaa1Uri), AttrStore::Copy, nullptr},
+    {"accessserver.maaproxy", "uri", ATRIUM_FIELD(Group, acMaaProxyAddr), AttrStore::Resolve,
+     "mmaproxy : %s"},
+    {"accessserver.maadrproxy", "uri", ATRIUM_FIELD(Group, acMaaDrProxyAddr), AttrStore::Resolve, nullptr},
+    {"accessserver.androidpush", "uri", ATRIUM_FIELD(Group, acAndroidPushUri), AttrStore::Copy, nullptr},
+    {"accessserver.msparam", "uri", ATRIUM_FIELD(Group, acMsParamUri), AttrStore::Copy, nullptr},
+    {"accessserver.msparampath", "uri", ATRIUM_FIELD(Group, acMsParamPathUri), AttrStore::Copy, nullptr},
+    {"accessserver.eab", "uri", ATRIUM_FIELD(Group, acEabUri), AttrStore::Copy, nullptr},
+    {"accessserver.prophoto", "uri", ATRIUM_FIELD(Group, acProPhotoUri), AttrStore::Copy, nullptr},
+    {"accessserver.tmstr069", "uri", ATRIUM_FIELD(Group, acTmsTr069Uri), AttrStore::Copy, nullptr},
+    {"accessserver.eua", "uri", ATRIUM_FIELD(Group, acEuaUri), AttrStore::Copy, "eua_uri:%s"},
+};
+
+/* The TLS address of a group is carried by the element that follows "siptls", not by
+ * siptls itself: the server lists it that way. */
+void ReadSipTls(_NODE *pstNode, Group *pstServer, const AtriumCallSite &stSite)
+{
+    _NODE *pstSipTls = FindElement(pstNode, "accessserver.siptls", stSite);
+    if (pstSipTls == nullptr) {
+        return;
+    }
+    SetFlagWhenActive(pstSipTls, &pstServer->uiSipTlsActive);
+    _NODE *pstFollowing = KTL_XML_GetNodeNextSibling(pstSipTls);
+    if (pstFollowing != nullptr) {
+        CopyText(pstServer->acSipTlsUri, sizeof(pstServer->acSipTlsUri), NonEmptyAttr(pstFollowing, "uri"));
+    }
+}
+
+/* ---- memory ------------------------------------------------------------------------ */
+
+/* The allocators take a 32-bit size: an array that needs more is refused as if the
+ * allocation had failed, rather than allocated short. */
+bool FitsAllocator(uint64_t ulCount, size_t uiRecordSize)
+{
+    return ulCount <= UINT32_MAX / uiRecordSize;
+}
+
+template <typename T>
+T *AllocZeroedArray(uint64_t ulCount)
+{
+    if (!FitsAllocator(ulCount, sizeof(T))) {
+        return nullptr;
+    }
+    return static_cast<T *>(ATRIUM_MALLOC_S(static_cast<uint32_t>(ulCount * sizeof(T))));
+}
+
+/* ---- sites ------------------------------------------------------------------------- */
+
+/* Parses the children of an accessservergroup into the site's group array. The portal
+ * address is offered to a group only while the caller's buffer is still empty, so the
+ * first group that has one keeps it. */
+void ParseSiteGroups(_NODE *pstGroupList, Site *pstSite, char *pcAtriumAddr, uint32_t uiAtriumAddrLen)
+{
+    _NODE *pstChild = KTL_XML_GetNodeFirstChild(pstGroupList);
+    for (uint32_t i = 0; i < pstSite->uiNumOfAccessServer && pstChild != nullptr; ++i) {
+        const bool bWantAtrium = pcAtriumAddr != nullptr && KOSA_StrLen(pcAtriumAddr) == 0;
+        (void)XmlAtriumParseAccessServer(pstChild, &pstSite->pstAccessServer[i],
+                                         bWantAtrium ? pcAtriumAddr : nullptr,
+                                         bWantAtrium ? uiAtriumAddrLen : 0);
+        pstSite->pstAccessServer[i].uiPriority = pstSite->uiPriority;
+        pstChild = KTL_XML_GetNodeNextSibling(pstChild);
+    }
+}
+
+/* The number of groups a consumer may read from a site: none when its array is missing. */
+uint32_t UsableGroups(const Site &stSite)
+{
+    return stSite.pstAccessServer == nullptr ? 0 : stSite.uiNumOfAccessServer;
+}
+
+uint32_t CopySiteGroups(Group *pstDst, const Site &stSite, bool bIsMainSite)
+{
+    return copyAccessGroup(pstDst, stSite.pstAccessServer, stSite.uiNumOfAccessServer, bIsMainSite ? 1 : 0);
+}
+
+} // namespace
+
+/* ---- address resolution ------------------------------------------------------------ */
+
+static void AddrToStr(uint32_t uiAddr, char *pcBuf, uint32_t uiLen)
+{
+    (void)qev_strcpy_s(pcBuf, uiLen, KOSA_InetNtoa(uiAddr));
+}
+
+uint32_t XmlAtriumGetIpFromDomain(char *pcOut, uint32_t uiOutLen, const char *pcUri)
+{
+    char acHost[HOST_CAPACITY];
+    int32_t iPort = 0;
+
+    (void)qev_memset_s(acHost, sizeof(acHost), 0, sizeof(acHost));
+    const char *pcColon = KOSA_StrChr(pcUri, ':');
+    if (pcColon != nullptr) {
+        (void)qev_sscanf_s(pcUri, "%[^:]", acHost, HOST_CAPACITY);
+        (void)qev_sscanf_s(pcColon, ":%d", &iPort);
+    }
+    if (CheckIsDomain(acHost) == 0) {
+        (void)qev_strcpy_s(pcOut, uiOutLen, pcUri);
+        return 0;
+    }
+
+    tagLOGIN_S_SRV_IP_ENTRY astEntries[RESOLVER_ENTRIES];
+    uint32_t uiCount = RESOLVER_ENTRIES;
+    (void)qev_memset_s(astEntries, sizeof(astEntries), 0, sizeof(astEntries));
+    uint32_t uiRet = AtriumGetSrvIpListByHost(acHost, RESOLVER_TYPE_FIRST, astEntries, &uiCount);
+    if (uiRet != 0) {
+        /* the count is deliberately not reset: the second type sees what the first left */
+        uiRet = AtriumGetSrvIpListByHost(acHost, RESOLVER_TYPE_SECOND, astEntries, &uiCount);
+    }
+    if (uiRet != 0) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "dns err:%s ret:%u", acHost, uiRet);
+        return RESULT_RESOLVE_FAILED;
+    }
+
+    /* Appends are not checked: an overflowing one leaves pcOut empty and the join goes on
+     * from there with the next address. */
+    (void)qev_memset_s(pcOut, uiOutLen, 0, uiOutLen);
+    const uint32_t uiFilled = uiCount < RESOLVER_ENTRIES ? uiCount : RESOLVER_ENTRIES;
+    for (uint32_t i = 0; i < uiFilled; ++i) {
+        if (astEntries[i].uiAddr == 0) {
+            continue;
+        }
+        char acAddr[ADDR_TEXT_CAPACITY];
+        char acAddrPort[ADDR_TEXT_CAPACITY];
+        AddrToStr(astEntries[i].uiAddr, acAddr, sizeof(acAddr));
+        if (pcOut[0] != '\0') {
+            (void)qev_strcat_s(pcOut, uiOutLen, ";");
+        }
+        if (iPort != 0) {
+            (void)qev_sprintf_s(acAddrPort, sizeof(acAddrPort), "%s:%u", acAddr, static_cast<uint32_t>(iPort));
+            (void)qev_strcat_s(pcOut, uiOutLen, acAddrPort);
+        } else {
+            (void)qev_strcat_s(pcOut, uiOutLen, acAddr);
+        }
+    }
+    return 0;
+}
+
+/* ---- STG group and access-server records -------------------------------------------- */
+
+uint32_t XmlAtriumParseStgInfo(_NODE *pstNode, tagLOGIN_S_STG_GROUP *pstStg)
+{
+    if (pstNode == nullptr || pstStg == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "XmlAtriumParseStgInfo failed param is null\n");
+        return 2;
+    }
+    ReadAttrKeys(pstNode, g_astStgKeys, pstStg, ATRIUM_HERE);
+    ReadNumberedUris(pstNode, "stggroup.msstggroup.msstg%u", pstStg->aacMsStgUri, ATRIUM_HERE);
+    return 0;
+}
+
+uint32_t XmlAtriumParseAccessServer(_NODE *pstNode, tagLOGIN_S_ACCESS_SERVER *pstServer,
+                                    char *pcAtriumAddr, uint32_t uiAtriumAddrLen)
+{
+    if (pstNode == nullptr || pstServer == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "XmlAtriumParseAccessServer failed param is null\n");
+        return 2;
+    }
+    CopyText(pstServer->acName, sizeof(pstServer->acName), NonEmptyAttr(pstNode, "name"));
+    ReadAttrKeys(pstNode, g_astAccessServerKeys, pstServer, ATRIUM_HERE);
+
+    _NODE *pstStg = FindElement(pstNode, "accessserver.stggroup", ATRIUM_HERE);
+    if (pstStg != nullptr && XmlAtriumParseStgInfo(pstStg, &pstServer->stStgGroup) != 0) {
+        ATRIUM_TRACE(LOGIN_TRACE_MISS, "parse stg info error");
+    }
+    ReadNumberedUris(pstNode, "accessserver.msgroup.ms%u", pstServer->aacMsUri, ATRIUM_HERE);
+    ReadSipTls(pstNode, pstServer, ATRIUM_HERE);
+
+    _NODE *pstSrtp = FindElement(pstNode, "accessserver.srtp", ATRIUM_HERE);
+    if (pstSrtp != nullptr) {
+        SetFlagWhenActive(pstSrtp, &pstServer->uiSrtpActive);
+    }
+    if (pcAtriumAddr != nullptr) {
+        CopyText(pcAtriumAddr, uiAtriumAddrLen, FoundAttr(pstNode, "accessserver.atrium", "uri", ATRIUM_HERE));
+    }
+    return 0;
+}
+
+/* ---- site list ----------------------------------------------------------------------- */
+
+uint32_t GetSiteNumber(_NODE *pstNode)
+{
+    uint32_t uiChildren = 0;
+    uint32_t uiSites = 0;
+
+    (void)KTL_XML_GetNodeChildNum(pstNode, &uiChildren);
+    _NODE *pstChild = KTL_XML_GetNodeFirstChild(pstNode);
+    for (uint32_t i = 0; i < uiChildren && pstChild != nullptr; ++i) {
+        if (FindElement(pstChild, "site", ATRIUM_HERE) != nullptr) {
+            ++uiSites;
+        }
+        pstChild = KTL_XML_GetNodeNextSibling(pstChild);
+    }
+    return uiSites;
+}
+
+uint32_t XmlAtriumParseSite(_NODE *pstNode, tagLOGIN_S_SITE *pstSite, char *pcAtriumAddr,
+                            uint32_t uiAtriumAddrLen)
+{
+    if (pstNode == nullptr || pstSite == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "XmlAtriumParseSite failed param is null\n");
+        return 2;
+    }
+    CopyText(pstSite->acSiteName, sizeof(pstSite->acSiteName), NonEmptyAttr(pstNode, "name"));
+    const char *pcPriority = NonEmptyAttr(pstNode, "priority");
+    if (pcPriority != nullptr) {
+        pstSite->uiPriority = KOSA_Strtoul(pcPriority, nullptr, 0);
+    }
+    _NODE *pstSbc = FindElement(pstNode, "site.sbc", ATRIUM_HERE);
+    if (pstSbc != nullptr) {
+        CopyText(pstSite->acSbcDomain, sizeof(pstSite->acSbcDomain), NonEmptyAttr(pstSbc, "domain"));
+    }
+
+    _NODE *pstGroupList = FindElement(pstNode, "site.accessservergroup", ATRIUM_HERE);
+    if (pstGroupList != nullptr) {
+        (void)KTL_XML_GetNodeChildNum(pstGroupList, &pstSite->uiNumOfAccessServer);
+        if (pstSite->uiNumOfAccessServer != 0) {
+            pstSite->pstAccessServer = AllocZeroedArray<Group>(pstSite->uiNumOfAccessServer);
+            if (pstSite->pstAccessServer == nullptr) {
+                ATRIUM_TRACE(LOGIN_TRACE_ERROR, "mem malloc failed");
+                return 1;
+            }
+            ParseSiteGroups(pstGroupList, pstSite, pcAtriumAddr, uiAtriumAddrLen);
+            ATRIUM_TRACE(LOGIN_TRACE_PROGRESS, "total server %u", pstSite->uiNumOfAccessServer);
+        }
+    }
+
+    _NODE *pstAuth = FindElement(pstNode, "site.tmstr069auth", ATRIUM_HERE);
+    if (pstAuth != nullptr) {
+        CopyText(pstSite->acDefaultAccount, sizeof(pstSite->acDefaultAccount),
+                 NonEmptyAttr(pstAuth, "defaultaccount"));
+        CopyText(pstSite->acDefaultPwd, sizeof(pstSite->acDefaultPwd), NonEmptyAttr(pstAuth, "defaultpwd"));
+    }
+    return 0;
+}
+
+uint32_t IsMatchingSite(_NODE *pstNode, const char *pcHost)
+{
+    const char *pcSsoHost = FoundAttr(pstNode, "site.sso_hostname", "uri", ATRIUM_HERE);
+    return (pcSsoHost != nullptr && KOSA_StrCmp(pcSsoHost, pcHost) == 0) ? 1 : 0;
+}
+
+void freeSiteMem(tagLOGIN_S_SITE *pstSites, uint32_t uiNum)
+{
+    if (pstSites == nullptr) {
+        return;
+    }
+    for (uint32_t i = 0; i < uiNum; ++i) {
+        if (pstSites[i].pstAccessServer != nullptr) {
+            /* deliberately one group record's worth, not the whole array */
+            (void)qev_memset_s(pstSites[i].pstAccessServer, sizeof(Group), 0, sizeof(Group));
+            ATRIUM_FREE(pstSites[i].pstAccessServer);
+        }
+    }
+    const uint32_t uiBytes = static_cast<uint32_t>(uiNum * sizeof(Site));
+    (void)qev_memset_s(pstSites, uiBytes, 0, uiBytes);
+    ATRIUM_FREE(pstSites);
+}
+
+/* ---- site and access-group selection ------------------------------------------------ */
+
+uint32_t getRealRandom(void)
+{
+    uint32_t uiRandom = 0;
+    (void)QEV_CPYPT_RealRandom(&uiRandom, sizeof(uiRandom));
+    return uiRandom;
+}
+
+uint32_t getSeveralRandom(uint32_t *puiPos, uint32_t uiK, uint32_t uiN)
+{
+    if (puiPos == nullptr || uiK > uiN || uiN == 0 || !FitsAllocator(uiN, sizeof(uint32_t))) {
+        return 1;
+    }
+    uint32_t *puiLive = static_cast<uint32_t *>(ATRIUM_MALLOC_D(uiN * static_cast<uint32_t>(sizeof(uint32_t))));
+    if (puiLive == nullptr) {
+        return 1;
+    }
+    for (uint32_t j = 0; j < uiN; ++j) {
+        puiLive[j] = j;
+    }
+    /* Partial Fisher-Yates: draw among the m positions still live, then move the last live
+     * one into the taken slot. */
+    for (uint32_t i = 0; i < uiK; ++i) {
+        const uint32_t uiLiveNum = uiN - i;
+        const uint32_t uiTaken = getRealRandom() % uiLiveNum;
+        puiPos[i] = puiLive[uiTaken];
+        ATRIUM_TRACE(LOGIN_TRACE_PROGRESS, "pos[%u]:%u", i, puiPos[i]);
+        if (uiTaken != uiLiveNum - 1) {
+            puiLive[uiTaken] = puiLive[uiLiveNum - 1];
+        }
+    }
+    ATRIUM_FREE(puiLive);
+    return 0;
+}
+
+uint32_t getTopPriorityPos(tagLOGIN_S_SITE *pstSites, uint32_t uiNumOfSite)
+{
+    uint32_t uiBest = pstSites[0].uiPriority;
+    uint32_t uiPos = 0;
+    for (uint32_t i = 1; i < uiNumOfSite; ++i) {
+        if (pstSites[i].uiPriority < uiBest) {
+            uiBest = pstSites[i].uiPriority;
+            uiPos = i;
+        }
+    }
+    return uiPos;
+}
+
+uint32_t copyAccessGroup(tagLOGIN_S_ACCESS_SERVER *pstDst, tagLOGIN_S_ACCESS_SERVER *pstSrc,
+                         uint32_t uiNumOfGroup, uint32_t uiIsMainSite)
+{
+    const uint32_t uiTake = pstSrc == nullptr ? 0 : (uiNumOfGroup < GROUPS_PER_SITE ? uiNumOfGroup : GROUPS_PER_SITE);
+    uint32_t auiPos[GROUPS_PER_SITE];
+
+    if (uiTake == 0 || getSeveralRandom(auiPos, uiTake, uiNumOfGroup) != 0) {
+        return 0;
+    }
+    for (uint32_t i = 0; i < uiTake; ++i) {
+        (void)qev_memcpy_s(&pstDst[i], sizeof(Group), &pstSrc[auiPos[i]], sizeof(Group));
+        pstDst[i].uiIsMainSite = uiIsMainSite;
+    }
+    return uiTake;
+}
+
+uint32_t getSingleSiteAccessGroup(tagLOGIN_S_SITE *pstSites, tagLOGIN_S_SITE *pstOut, uint32_t uiMainSite)
+{
+    ATRIUM_TRACE(LOGIN_TRACE_PROGRESS, "num of access group:%u", pstSites[0].uiNumOfAccessServer);
+    pstOut->pstAccessServer = AllocZeroedArray<Group>(GROUPS_PER_SITE);
+    if (pstOut->pstAccessServer == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "mem malloc failed");
+        return 1;
+    }
+    /* The argument names the main site's index, and the only site is index 0: its groups
+     * are main when the argument is 0. */
+    const uint32_t uiCopied = CopySiteGroups(pstOut->pstAccessServer, pstSites[0], uiMainSite == 0);
+    if (uiCopied == 0) {
+        ATRIUM_FREE_SET_NULL(&pstOut->pstAccessServer);
+    }
+    pstOut->uiNumOfAccessServer = uiCopied;
+    return 0;
+}
+
+uint32_t getMultAccessGroup(tagLOGIN_S_SITE *pstSites, uint32_t uiNumOfSite, uint32_t uiOwnSite,
+                            uint32_t uiMainSite, uint32_t uiTopPrioritySite, tagLOGIN_S_SITE *pstOut)
+{
+    ATRIUM_TRACE(LOGIN_TRACE_PROGRESS, "uiNumOfSite:%u, uiOwnSite:%u, uiMainSite:%u, uiTopPrioritySite:%u",
+                 uiNumOfSite, uiOwnSite, uiMainSite, uiTopPrioritySite);
+    pstOut->pstAccessServer = AllocZeroedArray<Group>(static_cast<uint64_t>(GROUPS_PER_SITE) * uiNumOfSite);
+    if (pstOut->pstAccessServer == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "mem malloc failed");
+        return 1;
+    }
+    Group *pstGroups = pstOut->pstAccessServer;
+    uint32_t uiTotal = CopySiteGroups(pstGroups, pstSites[uiOwnSite], uiOwnSite == uiMainSite);
+    if (uiTopPrioritySite != uiOwnSite) {
+        uiTotal += CopySiteGroups(pstGroups + uiTotal, pstSites[uiTopPrioritySite],
+                                  uiTopPrioritySite == uiMainSite);
+    }
+    for (uint32_t i = 0; i < uiNumOfSite; ++i) {
+        if (i != uiOwnSite && i != uiTopPrioritySite) {
+            uiTotal += CopySiteGroups(pstGroups + uiTotal, pstSites[i], i == uiMainSite);
+        }
+    }
+    if (uiTotal == 0) {
+        ATRIUM_FREE_SET_NULL(&pstOut->pstAccessServer);
+    }
+    pstOut->uiNumOfAccessServer = uiTotal;
+    return 0;
+}
+
+uint32_t getSiteInfo(tagLOGIN_S_SITE *pstSites, uint32_t uiNumOfSite, uint32_t uiOwnSite,
+                     uint32_t uiMainSite, tagLOGIN_S_SITE **ppstSite)
+{
+    if (uiNumOfSite == 0) {
+        return 1;
+    }
+    Site *pstSelected = AllocZeroedArray<Site>(1);
+    if (pstSelected == nullptr) {
+        return 1;
+    }
+    *ppstSite = pstSelected;
+    /* The copy shares the own site's group pointer only until the group step replaces it. */
+    (void)qev_memcpy_s(pstSelected, sizeof(Site), &pstSites[uiOwnSite], sizeof(Site));
+    /* The group step's failure leaves a null group array in the selected site, which its
+     * consumers read as no groups; the selected site itself stands, so the result is 0. */
+    if (uiNumOfSite == 1) {
+        ATRIUM_TRACE(LOGIN_TRACE_PROGRESS, "uiNumOfSite:%u, uiOwnSite:%u, uiMainSite:%u", uiNumOfSite, uiOwnSite,
+                     uiMainSite);
+        (void)getSingleSiteAccessGroup(pstSites, pstSelected, uiMainSite);
+    } else {
+        const uint32_t uiTop = getTopPriorityPos(pstSites, uiNumOfSite);
+        (void)getMultAccessGroup(pstSites, uiNumOfSite, uiOwnSite, uiMainSite, uiTop, pstSelected);
+    }
+    return 0;
+}
+
+/* ---- SIP server list ----------------------------------------------------------------- */
+
+uint32_t getAllSipServer(tagLOGIN_S_SITE *pstSites, uint32_t uiNumOfSite, tagLOGIN_S_SERVER_LIST *pstList)
+{
+    uint32_t uiTotal = 0;
+    for (uint32_t i = 0; i < uiNumOfSite; ++i) {
+        for (uint32_t j = 0; j < UsableGroups(pstSites[i]); ++j) {
+            uiTotal += (pstSites[i].pstAccessServer[j].acSipTlsUri[0] != '\0') ? 2 : 1;
+        }
+    }
+    /* the count is stored first, so it stays set when the allocation fails */
+    pstList->uiNum = uiTotal;
+    pstList->pstServer = AllocZeroedArray<tagLOGIN_S_SERVER_ADDR_INFO>(uiTotal);
+    if (pstList->pstServer == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "mem malloc failed");
+        return 1;
+    }
+    tagLOGIN_S_SERVER_ADDR_INFO *pstEntry = pstList->pstServer;
+    for (uint32_t i = 0; i < uiNumOfSite; ++i) {
+        for (uint32_t j = 0; j < UsableGroups(pstSites[i]); ++j) {
+            const Group &stGroup = pstSites[i].pstAccessServer[j];
+            (void)LoginDataGetServerFormString(stGroup.acSipUri, pstEntry++);
+            if (stGroup.acSipTlsUri[0] != '\0') {
+                (void)LoginDataGetServerFormString(stGroup.acSipTlsUri, pstEntry++);
+            }
+        }
+    }
+    return 0;
+}
