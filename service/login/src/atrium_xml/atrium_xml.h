@@ -293,7 +293,8 @@ uint32_t XmlParseAtriumLoginResult(const char *pcXmlBody, const char *pcOwnSiteH
                                    tagLOGIN_S_ATRIUM_USER_INFO *pstUserInfo);
 
 /* Portal search answer. No null check: pcXmlBody must not be null. Entries are appended at
- * uiSiteNum. Results: 0, a library parse code. */
+ * uiSiteNum while it is below 5 (a caller count of 5 or more appends nothing).
+ * Results: 0, a library parse code. */
 uint32_t XmlParseAtriumSearchResult(const char *pcXmlBody, tagLOGIN_S_ATRIUM_SEARCH_RESULT *pstResult);
 
 /*

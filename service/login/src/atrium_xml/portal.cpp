@@ -1,0 +1,884 @@
+/*
+ * portal.cpp - the portal (Atrium) server's answers.
+ *
+ * Each answer arrives as an XML body; its parser checks the arguments, parses the body,
+ * reads its keys from the root with the shared per-key step (most of them through key
+ * tables), fills the caller's record and releases the document. The login and
+ * server-list answers also drive the site machinery (sites.cpp): they count and parse the
+ * sites into a zero-filled array, pick the own and main site, build the selected site and
+ * the SIP server list that they hand to the caller, and release the array.
+ *
+ * The login answer is a list of steps in answer order: plain keys run by the frame's key
+ * reader, and small steps of their own for what is more than one key (extra parameters,
+ * the SIP identity's fall-back, FuncType, the main-site name, the sites, the further
+ * servers, the unified-messaging accounts). The step order is the trace order.
+ *
+ * A few paths return without releasing the document (token information without token or
+ * lifetime, a saved right-configuration profile, an unreadable extra parameter); they are
+ * kept as the login service expects them and are marked where they happen.
+ */
+#include "atrium_frame.h"
+#include "ktl_base64.h"
+
+#include <cstring>
+
+namespace {
+
+using UserRecord = tagLOGIN_S_ATRIUM_USER_INFO;
+using Site = tagLOGIN_S_SITE;
+
+const uint32_t RESULT_FAILED = 1;
+const uint32_t RESULT_NULL_ARGUMENT = 2;
+
+/* ---- shared steps ------------------------------------------------------------------- */
+
+/* An attribute's text when the library has it (possibly ""), else null. The text lives in
+ * the document's writable memory. */
+char *AttrOrNull(_NODE *pstNode, const char *pcName)
+{
+    char *pcValue = nullptr;
+    return (KTL_XML_GetAttr(pstNode, 0, pcName, &pcValue) == 0) ? pcValue : nullptr;
+}
+
+/* The per-key step when only the element matters: the element at pcPath, or null. */
+_NODE *FindElement(_NODE *pstStart, const char *pcPath, const AtriumCallSite &stSite)
+{
+    _NODE *pstNode = nullptr;
+    char *pcValue = nullptr;
+    (void)AtriumGetNodeValueByUri(pstStart, pcPath, &pstNode, &pcValue, stSite);
+    return pstNode;
+}
+
+/* Argument check and parse of the answers that report as the login does (login,
+ * authentication token, server list). On 0 the caller owns *ppstRoot. */
+uint32_t OpenLoginAnswer(const char *pcXmlBody, const void *pvRecord, _NODE **ppstRoot,
+                         const AtriumCallSite &stSite)
+{
+    if (pcXmlBody == nullptr || pvRecord == nullptr) {
+        ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_ERROR, "atrium: Conf Login Parse download xmlBody pointer empty!");
+        return RESULT_NULL_ARGUMENT;
+    }
+    const uint32_t uiRet = KTL_XML_Parse(pcXmlBody, ppstRoot);
+    if (uiRet != 0) {
+        ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_ERROR, "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!", uiRet);
+    }
+    return uiRet;
+}
+
+/* A FuncType value: a failed conversion leaves whatever it wrote. */
+void StoreFuncType(const char *pcValue, int32_t *piFuncType, const AtriumCallSite &stSite)
+{
+    if (KOSA_StrToInt32(pcValue, piFuncType) == 0) {
+        ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_PROGRESS, "the sip FuncType %d", *piFuncType);
+    } else {
+        ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_MISS, "the sip FuncType value is invaild");
+    }
+}
+
+/* The "terminalScene" attribute of the FuncType element, when it has one. */
+void StoreTerminalScene(_NODE *pstFuncType, UserRecord *pstUser, const AtriumCallSite &stSite)
+{
+    const char *pcScene = AttrOrNull(pstFuncType, "terminalScene");
+    if (pcScene == nullptr) {
+        return;
+    }
+    (void)qev_strcpy_s(pstUser->acTerminalScene, sizeof(pstUser->acTerminalScene), pcScene);
+    ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_PROGRESS, "the terminal scene is %s", pstUser->acTerminalScene);
+}
+
+/* True when the child is a "site" element (the per-key step traces the others). */
+bool IsSiteElement(_NODE *pstChild, const AtriumCallSite &stSite)
+{
+    return FindElement(pstChild, "site", stSite) != nullptr;
+}
+
+/* A zero-filled array of uiNumOfSite sites, or null (traced). A count whose size does not
+ * fit the allocator's 32-bit size cannot be allocated either. */
+Site *NewSiteArray(uint32_t uiNumOfSite, const AtriumCallSite &stSite)
+{
+    Site *pstSites = nullptr;
+    if (uiNumOfSite <= UINT32_MAX / sizeof(Site)) {
+        pstSites = static_cast<Site *>(ATRIUM_MALLOC_S(static_cast<uint32_t>(uiNumOfSite * sizeof(Site))));
+    }
+    if (pstSites == nullptr) {
+        ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_ERROR, "mem malloc failed");
+    }
+    return pstSites;
+}
+
+/* Builds the selected site and the SIP server list into the user record, then releases
+ * the site array. Failures here are traced and do not fail the answer. */
+void HandOverSites(Site *pstSites, uint32_t uiNumOfSite, uint32_t uiOwnSite, uint32_t uiMainSite,
+                   UserRecord *pstUser, const AtriumCallSite &stSite)
+{
+    uint32_t uiRet = getSiteInfo(pstSites, uiNumOfSite, uiOwnSite, uiMainSite, &pstUser->pstSiteInfo);
+    if (uiRet != 0) {
+        ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_ERROR, "getSiteInfo failed %u", uiRet);
+    } else {
+        pstUser->bSiteInfoValid = 1;
+    }
+    uiRet = getAllSipServer(pstSites, uiNumOfSite, &pstUser->stSipServerList);
+    if (uiRet != 0) {
+        ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_ERROR, "getAllSipServer failed %u", uiRet);
+    }
+    freeSiteMem(pstSites, uiNumOfSite);
+}
+
+/* Keys of the user record that the login and authentication-token answers read alike. */
+constexpr AtriumValueKey KEY_ACCESS_TOKEN = {
+    "UserInfo.LoginToken.AccessToken", ATRIUM_FIELD(UserRecord, acAccessToken), AtriumConv::Text,
+    true, "Not Find the AccessToKen", LOGIN_TRACE_ERROR, nullptr, false, 0};
+constexpr AtriumValueKey KEY_EXPIRE_IN = {
+    "UserInfo.LoginToken.ExpireIn", ATRIUM_FIELD(UserRecord, uiExpireIn), AtriumConv::Strtoul,
+    true, "Not Find the ExpireIn", LOGIN_TRACE_ERROR, nullptr, false, 0};
+constexpr AtriumValueKey KEY_REAL_USER_ACCOUNT = {
+    "UserInfo.RealUserAccount", ATRIUM_FIELD(UserRecord, acRealUserAccount), AtriumConv::Text,
+    false, nullptr, 0, "get real user account", false, 0};
+constexpr AtriumValueKey KEY_FIRST_LOGIN = {
+    "UserInfo.FirstLogin", ATRIUM_FIELD(UserRecord, bFirstLogin), AtriumConv::YesFlag,
+    false, nullptr, 0, nullptr, false, 0};
+constexpr AtriumValueKey KEY_PWD_EXPIRE_TIME = {
+    "UserInfo.PWDExpireTime", ATRIUM_FIELD(UserRecord, uiPwdExpireTime), AtriumConv::Strtoul,
+    false, nullptr, 0, nullptr, false, 0};
+
+} // namespace
+
+/* ---- authentication token ---------------------------------------------------------- */
+
+namespace {
+
+const AtriumValueKey g_astAuthTokenKeys[] = {
+    KEY_ACCESS_TOKEN, KEY_EXPIRE_IN, KEY_REAL_USER_ACCOUNT, KEY_FIRST_LOGIN, KEY_PWD_EXPIRE_TIME,
+};
+
+const uint32_t ATRIUM_DEPLOY_MODE_AUTH_TOKEN = 3;
+
+} // namespace
+
+uint32_t XmlParseAtriumAuthToken(const char *pcXmlBody, tagLOGIN_S_ATRIUM_USER_INFO *pstUserInfo)
+{
+    _NODE *pstRoot = nullptr;
+
+    uint32_t uiRet = OpenLoginAnswer(pcXmlBody, pstUserInfo, &pstRoot, ATRIUM_HERE);
+    if (uiRet != 0) {
+        return uiRet;
+    }
+    if (AtriumReadValueKeys(pstRoot, g_astAuthTokenKeys, pstUserInfo, ATRIUM_HERE) != 0) {
+        KTL_XML_FreeNode(pstRoot);
+        return RESULT_FAILED;
+    }
+    pstUserInfo->uiDeployMode = ATRIUM_DEPLOY_MODE_AUTH_TOKEN;
+    KTL_XML_FreeNode(pstRoot);
+    return 0;
+}
+
+/* ---- login ------------------------------------------------------------------------- */
+
+namespace {
+
+const uint32_t EXTRA_PARM_MAX = LOGIN_EXTRA_PARM_MAX;
+const uint32_t UMS_INFO_MAX = LOGIN_UMS_INFO_NUM;
+const uint32_t MAIN_SITE_NAME_CAPACITY = 256;
+
+/* One login answer being read. */
+struct LoginAnswer {
+    _NODE *pstRoot;
+    const char *pcOwnSiteHost;
+    UserRecord *pstUser;
+    char acMainSiteName[MAIN_SITE_NAME_CAPACITY];  /* from "ecsmainsite", read before the sites */
+    AtriumCallSite stSite;                         /* the parser, for the traces of every step */
+};
+
+/* What a step leaves the parser to do. */
+struct LoginVerdict {
+    bool bStop;
+    uint32_t uiRet;        /* the parser's result when it stops */
+    bool bKeepDocument;    /* stop without releasing the document */
+};
+
+const LoginVerdict LOGIN_GO_ON = {false, 0, false};
+const LoginVerdict LOGIN_FAIL = {true, RESULT_FAILED, false};
+
+using LoginStepFn = LoginVerdict (*)(LoginAnswer &stAnswer);
+
+/* One step: a plain key (run by the frame's key reader), or a step of its own. */
+struct LoginStep {
+    AtriumValueKey stKey;
+    LoginStepFn pfnOwn;
+};
+
+constexpr LoginStep Key(const AtriumValueKey &stKey)
+{
+    return LoginStep{stKey, nullptr};
+}
+
+constexpr LoginStep Own(LoginStepFn pfnOwn)
+{
+    return LoginStep{AtriumValueKey{}, pfnOwn};
+}
+
+/* Extra parameters: every child of "ExtraParms" as a (name, text) pair, at most 256. One
+ * that cannot be copied drops them all; the parse goes on either way. */
+LoginVerdict ReadExtraParms(LoginAnswer &stAnswer)
+{
+    _NODE *pstParms = FindElement(stAnswer.pstRoot, "UserInfo.ExtraParms", stAnswer.stSite);
+    if (pstParms == nullptr) {
+        ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_PROGRESS, "not find the ExtraParms");
+        return LOGIN_GO_ON;
+    }
+    ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_PROGRESS, "get extra parameters");
+    uint32_t uiCount = 0;
+    (void)KTL_XML_GetNodeChildNum(pstParms, &uiCount);
+    if (uiCount == 0) {
+        return LOGIN_GO_ON;
+    }
+    if (uiCount > EXTRA_PARM_MAX) {
+        uiCount = EXTRA_PARM_MAX;
+    }
+    /* A null array is not reported: the walk below then takes nothing. */
+    const auto uiBytes = static_cast<uint32_t>(uiCount * sizeof(tagLOGIN_S_EXTRA_PARM));
+    auto *pstParm = static_cast<tagLOGIN_S_EXTRA_PARM *>(ATRIUM_MALLOC_S(uiBytes));
+    uint32_t uiTaken = 0;
+    for (_NODE *pstChild = KTL_XML_GetNodeFirstChild(pstParms);
+         pstParm != nullptr && pstChild != nullptr && uiTaken < EXTRA_PARM_MAX;
+         pstChild = KTL_XML_GetNodeNextSibling(pstChild)) {
+        char *pcName = nullptr;
+        char *pcText = nullptr;
+        const uint32_t uiRet = KTL_XML_GetNodeValue(pstChild, nullptr, 0, &pcName, &pcText);
+        if (uiRet != 0) {
+            ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_ERROR, "KTL_XML_GetNodeValue failed uiRet:%u", uiRet);
+            /* Kept as the login service knows it: document and array are left as they are. */
+            return LoginVerdict{true, uiRet, true};
+        }
+        tagLOGIN_S_EXTRA_PARM &stParm = pstParm[uiTaken];
+        if (qev_strcpy_s(stParm.acName, sizeof(stParm.acName), pcName) != 0 ||
+            qev_strcpy_s(stParm.acValue, sizeof(stParm.acValue), pcText) != 0) {
+            ATRIUM_FREE_SET_NULL(&pstParm);
+            uiTaken = 0;
+            break;
+        }
+        ++uiTaken;
+    }
+    if (uiTaken > 0 && pstParm != nullptr) {
+        ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_PROGRESS, "get %d extra parameter", static_cast<int>(uiTaken));
+        stAnswer.pstUser->uiExtraParmNum = uiTaken;
+        stAnswer.pstUser->pstExtraParm = pstParm;
+    }
+    return LOGIN_GO_ON;
+}
+
+/* Read only when the answer has no impu. */
+const AtriumValueKey g_astSipAccountFallBack[] = {
+    {"UserInfo.sipinfo.account", ATRIUM_FIELD(UserRecord, acSipAccount), AtriumConv::Text,
+     false, "Not Find the sip account", LOGIN_TRACE_MISS, nullptr, false, 0},
+};
+
+/* The SIP identity: the impu, or the account when there is no impu. */
+LoginVerdict ReadSipIdentity(LoginAnswer &stAnswer)
+{
+    _NODE *pstNode = nullptr;
+    char *pcValue = nullptr;
+    (void)AtriumGetNodeValueByUri(stAnswer.pstRoot, "UserInfo.sipinfo.impu", &pstNode, &pcValue, stAnswer.stSite);
+    if (pcValue != nullptr) {
+        (void)qev_strcpy_s(stAnswer.pstUser->acSipAccount, sizeof(stAnswer.pstUser->acSipAccount), pcValue);
+        return LOGIN_GO_ON;
+    }
+    ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_MISS, "Not Find the sip impu, look for account");
+    (void)AtriumReadValueKeys(stAnswer.pstRoot, g_astSipAccountFallBack, stAnswer.pstUser, stAnswer.stSite);
+    return LOGIN_GO_ON;
+}
+
+const int32_t FUNC_TYPE_ABSENT_LOGIN = -1;
+
+/* FuncType and its "terminalScene"; an answer without a FuncType value gets -1. */
+LoginVerdict ReadFuncType(LoginAnswer &stAnswer)
+{
+    _NODE *pstNode = nullptr;
+    char *pcValue = nullptr;
+    (void)AtriumGetNodeValueByUri(stAnswer.pstRoot, "UserInfo.sipinfo.FuncType", &pstNode, &pcValue,
+                                  stAnswer.stSite);
+    if (pcValue == nullptr) {
+        ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_MISS, "Not Find the sip FuncType");
+        stAnswer.pstUser->iFuncType = FUNC_TYPE_ABSENT_LOGIN;
+        return LOGIN_GO_ON;
+    }
+    StoreFuncType(pcValue, &stAnswer.pstUser->iFuncType, stAnswer.stSite);
+    StoreTerminalScene(pstNode, stAnswer.pstUser, stAnswer.stSite);
+    return LOGIN_GO_ON;
+}
+
+/* The main site's name, the attribute "name" of "ecsmainsite" (its value is not needed). */
+LoginVerdict ReadMainSiteName(LoginAnswer &stAnswer)
+{
+    _NODE *pstMainSite = FindElement(stAnswer.pstRoot, "UserInfo.servicetp.ecsmainsite", stAnswer.stSite);
+    if (pstMainSite == nullptr) {
+        ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_MISS, "Not Find the ecs main site");
+        return LOGIN_GO_ON;
+    }
+    const char *pcName = AttrOrNull(pstMainSite, "name");
+    if (pcName != nullptr) {
+        (void)qev_strcpy_s(stAnswer.acMainSiteName, sizeof(stAnswer.acMainSiteName), pcName);
+    }
+    return LOGIN_GO_ON;
+}
+
+/*
+ * Parses the leading run of "site" children of servicetp into pstSites and returns the
+ * index of the last one whose SSO host is pcOwnSiteHost (0 when none matches). A child
+ * that is not a site is not stepped over: every remaining turn looks at it again, so it
+ * ends the harvest. The login service relies on that.
+ */
+uint32_t HarvestLeadingSites(_NODE *pstServiceTp, Site *pstSites, const char *pcOwnSiteHost,
+                             const AtriumCallSite &stSite)
+{
+    uint32_t uiChildNum = 0;
+    uint32_t uiParsed = 0;
+    uint32_t uiOwnSite = 0;
+
+    (void)KTL_XML_GetNodeChildNum(pstServiceTp, &uiChildNum);
+    _NODE *pstChild = KTL_XML_GetNodeFirstChild(pstServiceTp);
+    for (uint32_t i = 0; i < uiChildNum && pstChild != nullptr; ++i) {
+        if (!IsSiteElement(pstChild, stSite)) {
+            continue;
+        }
+        (void)XmlAtriumParseSite(pstChild, &pstSites[uiParsed], nullptr, 0);
+        if (IsMatchingSite(pstChild, pcOwnSiteHost) != 0) {
+            uiOwnSite = uiParsed;
+        }
+        ++uiParsed;
+        pstChild = KTL_XML_GetNodeNextSibling(pstChild);
+    }
+    return uiOwnSite;
+}
+
+/* The last site of non-zero priority named pcMainSiteName, or uiNumOfSite for none. Sites
+ * left unparsed are all-zero, so their priority 0 keeps them out. */
+uint32_t FindMainSite(const Site *pstSites, uint32_t uiNumOfSite, const char *pcMainSiteName)
+{
+    uint32_t uiMainSite = uiNumOfSite;
+    for (uint32_t i = 0; i < uiNumOfSite; ++i) {
+        if (pstSites[i].uiPriority != 0 && pcMainSiteName[0] != '\0' &&
+            KOSA_StrCmp(pstSites[i].acSiteName, pcMainSiteName) == 0) {
+            uiMainSite = i;
+        }
+    }
+    return uiMainSite;
+}
+
+/* The sites under "servicetp": selected site and SIP server list for the caller. */
+LoginVerdict ReadSites(LoginAnswer &stAnswer)
+{
+    _NODE *pstServiceTp = FindElement(stAnswer.pstRoot, "UserInfo.servicetp", stAnswer.stSite);
+    if (pstServiceTp == nullptr) {
+        return LOGIN_GO_ON;
+    }
+    const uint32_t uiNumOfSite = GetSiteNumber(pstServiceTp);
+    if (uiNumOfSite == 0) {
+        return LOGIN_GO_ON;
+    }
+    Site *pstSites = NewSiteArray(uiNumOfSite, stAnswer.stSite);
+    if (pstSites == nullptr) {
+        return LOGIN_FAIL;
+    }
+    const uint32_t uiOwnSite = HarvestLeadingSites(pstServiceTp, pstSites, stAnswer.pcOwnSiteHost, stAnswer.stSite);
+    const uint32_t uiMainSite = FindMainSite(pstSites, uiNumOfSite, stAnswer.acMainSiteName);
+    HandOverSites(pstSites, uiNumOfSite, uiOwnSite, uiMainSite, stAnswer.pstUser, stAnswer.stSite);
+    return LOGIN_GO_ON;
+}
+
+/* The TR-069 server's uri is kept base64-encoded; the encoded text is wiped before it is
+ * released. Without an encoding the field is cleared. */
+void StoreEncodedUri(char (&acField)[256], const char *pcUri)
+{
+    char *pcEncoded = KTL_BASE64Encode(pcUri, KOSA_StrLen(pcUri));
+    if (pcEncoded == nullptr) {
+        (void)qev_memset_s(acField, sizeof(acField), 0, sizeof(acField));
+        return;
+    }
+    (void)qev_strcpy_s(acField, sizeof(acField), pcEncoded);
+    const uint32_t uiLen = KOSA_StrLen(pcEncoded);
+    (void)qev_memset_s(pcEncoded, uiLen, 0, uiLen);
+    KTL_BASE64Free(&pcEncoded);
+}
+
+/* Further servers under "serverList": each child needs a name and a uri; three names are
+ * kept, a later entry of the same name overwriting an earlier one. */
+LoginVerdict ReadServers(LoginAnswer &stAnswer)
+{
+    _NODE *pstList = nullptr;
+    if (KTL_XML_GetNodeByUrl(stAnswer.pstRoot, "UserInfo.serverList", &pstList) != 0 || pstList == nullptr) {
+        return LOGIN_GO_ON;
+    }
+    UserRecord *pstUser = stAnswer.pstUser;
+    for (_NODE *pstServer = KTL_XML_GetNodeFirstChild(pstList); pstServer != nullptr;
+         pstServer = KTL_XML_GetNodeNextSibling(pstServer)) {
+        const char *pcName = AttrOrNull(pstServer, "name");
+        if (pcName == nullptr) {
+            ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_ERROR, "pcName is null");
+            return LOGIN_FAIL;
+        }
+        const char *pcUri = AttrOrNull(pstServer, "uri");
+        if (pcUri == nullptr) {
+            ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_ERROR, "pcUri is null");
+            return LOGIN_FAIL;
+        }
+        ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_PROGRESS, "Find the Server name:%s uri:%s", pcName, pcUri);
+        if (KOSA_StrCmp(pcName, "eab") == 0) {
+            (void)qev_strcpy_s(pstUser->acEabUri, sizeof(pstUser->acEabUri), pcUri);
+        } else if (KOSA_StrCmp(pcName, "groupserver") == 0) {
+            (void)qev_strcpy_s(pstUser->acGroupServerUri, sizeof(pstUser->acGroupServerUri), pcUri);
+        } else if (KOSA_StrCmp(pcName, "tmstr069") == 0) {
+            StoreEncodedUri(pstUser->acTmsTr069Uri, pcUri);
+        }
+    }
+    return LOGIN_GO_ON;
+}
+
+/* Unified-messaging accounts under "umsinfo", at most 24. Each password is wiped inside
+ * the document once copied. */
+LoginVerdict ReadUmsAccounts(LoginAnswer &stAnswer)
+{
+    _NODE *pstUms = nullptr;
+    if (KTL_XML_GetNodeByUrl(stAnswer.pstRoot, "UserInfo.umsinfo", &pstUms) != 0 || pstUms == nullptr) {
+        return LOGIN_GO_ON;
+    }
+    uint32_t uiEntry = 0;
+    for (_NODE *pstAccount = KTL_XML_GetNodeFirstChild(pstUms); pstAccount != nullptr && uiEntry < UMS_INFO_MAX;
+         pstAccount = KTL_XML_GetNodeNextSibling(pstAccount)) {
+        const char *pcDn = AttrOrNull(pstAccount, "dn");
+        if (pcDn == nullptr) {
+            ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_ERROR, "pcDn is null");
+            return LOGIN_FAIL;
+        }
+        const char *pcUmsAccount = AttrOrNull(pstAccount, "umsaccount");
+        if (pcUmsAccount == nullptr) {
+            ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_ERROR, "pcUmsAccount is null");
+            return LOGIN_FAIL;
+        }
+        char *pcPwd = AttrOrNull(pstAccount, "pwd");
+        if (pcPwd == nullptr) {
+            ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_ERROR, "pcPwd is null");
+            return LOGIN_FAIL;
+        }
+        tagLOGIN_S_UMS_INFO &stInfo = stAnswer.pstUser->astUmsInfo[uiEntry];
+        (void)qev_strcpy_s(stInfo.acDn, sizeof(stInfo.acDn), pcDn);
+        (void)qev_strcpy_s(stInfo.acUmsAccount, sizeof(stInfo.acUmsAccount), pcUmsAccount);
+        (void)qev_strcpy_s(stInfo.acPwd, sizeof(stInfo.acPwd), pcPwd);
+        const uint32_t uiPwdBytes = KOSA_StrLen(pcPwd) + 1;
+        (void)qev_memset_s(pcPwd, uiPwdBytes, 0, uiPwdBytes);
+        ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_PROGRESS, "ums_account:%s", stInfo.acUmsAccount);
+        ++uiEntry;
+    }
+    return LOGIN_GO_ON;
+}
+
+const uint32_t DATA_CONF_ABSENT = 1;
+
+/* The login answer, step by step; the order is the trace order. */
+const LoginStep g_astLoginSteps[] = {
+    Key(KEY_ACCESS_TOKEN),
+    Key(KEY_EXPIRE_IN),
+    Own(ReadExtraParms),
+    Key(KEY_REAL_USER_ACCOUNT),
+    Key({"UserInfo.displayname", ATRIUM_FIELD(UserRecord, acDisplayName), AtriumConv::Text,
+         false, nullptr, 0, "get diplay name", false, 0}),
+    Own(ReadSipIdentity),
+    Key({"UserInfo.sipinfo.impi", ATRIUM_FIELD(UserRecord, acSipImpi), AtriumConv::Text,
+         false, "Not Find the sip impi", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key({"UserInfo.sipinfo.short_number", ATRIUM_FIELD(UserRecord, acShortNumber), AtriumConv::Text,
+         false, "Not Find the sip short_number", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key({"UserInfo.sipinfo.pwdtype", ATRIUM_FIELD(UserRecord, bPwdTypeZero), AtriumConv::ZeroFlag,
+         false, "Not Find the pwdtype", LOGIN_TRACE_MISS, nullptr, true, 0}),
+    Key({"UserInfo.sipinfo.passwd", ATRIUM_FIELD(UserRecord, acSipPassword), AtriumConv::Text,
+         false, "Not Find the sip passwd", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    /* the account's message, reused for the domain on purpose */
+    Key({"UserInfo.sipinfo.domain", ATRIUM_FIELD(UserRecord, acSipDomain), AtriumConv::Text,
+         false, "Not Find the sip account", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Own(ReadFuncType),
+    Key({"UserInfo.sipinfo.sname", ATRIUM_FIELD(UserRecord, acSname), AtriumConv::Text,
+         false, "Not Find the sip sname", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key({"UserInfo.fileDockServiceType", ATRIUM_FIELD(UserRecord, acFileDockServiceType), AtriumConv::Text,
+         false, "Not Find the fileDockServiceType", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key({"UserInfo.fileDockAppId", ATRIUM_FIELD(UserRecord, acFileDockAppId), AtriumConv::Text,
+         false, "Not Find the fileDockAppId", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key({"UserInfo.fileDockServerAddr", ATRIUM_FIELD(UserRecord, acFileDockServerAddr), AtriumConv::Text,
+         false, "Not Find the fileDockServerAddr", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key({"UserInfo.privacyVersion", ATRIUM_FIELD(UserRecord, acPrivacyVersion), AtriumConv::Text,
+         false, "Not Find the privacyVersion", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key({"UserInfo.userType", ATRIUM_FIELD(UserRecord, bHasUserType), AtriumConv::PresentFlag,
+         false, "Not Find the user type", LOGIN_TRACE_MISS, nullptr, true, 0}),
+    Own(ReadMainSiteName),
+    Own(ReadSites),
+    Key({"UserInfo.DeployMode", ATRIUM_FIELD(UserRecord, uiDeployMode), AtriumConv::Strtoul,
+         false, "Not Find the DeployMode", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    /* deliberately a dump-level trace */
+    Key({"UserInfo.dataConf", ATRIUM_FIELD(UserRecord, uiDataConf), AtriumConv::Strtoul,
+         false, "Not Find the dataConf", LOGIN_TRACE_DUMP, nullptr, true, DATA_CONF_ABSENT}),
+    Key(KEY_FIRST_LOGIN),
+    Key(KEY_PWD_EXPIRE_TIME),
+    Own(ReadServers),
+    Own(ReadUmsAccounts),
+};
+
+LoginVerdict RunLoginStep(const LoginStep &stStep, LoginAnswer &stAnswer)
+{
+    if (stStep.pfnOwn != nullptr) {
+        return stStep.pfnOwn(stAnswer);
+    }
+    if (AtriumReadValueKeys(stAnswer.pstRoot, &stStep.stKey, 1, stAnswer.pstUser, stAnswer.stSite) != 0) {
+        return LOGIN_FAIL;
+    }
+    return LOGIN_GO_ON;
+}
+
+} // namespace
+
+uint32_t XmlParseAtriumLoginResult(const char *pcXmlBody, const char *pcOwnSiteHost,
+                                   tagLOGIN_S_ATRIUM_USER_INFO *pstUserInfo)
+{
+    _NODE *pstRoot = nullptr;
+
+    const uint32_t uiRet = OpenLoginAnswer(pcXmlBody, pstUserInfo, &pstRoot, ATRIUM_HERE);
+    if (uiRet != 0) {
+        return uiRet;
+    }
+    LoginAnswer stAnswer = {pstRoot, pcOwnSiteHost, pstUserInfo, {}, ATRIUM_HERE};
+    for (const LoginStep &stStep : g_astLoginSteps) {
+        const LoginVerdict stVerdict = RunLoginStep(stStep, stAnswer);
+        if (stVerdict.bStop) {
+            if (!stVerdict.bKeepDocument) {
+                KTL_XML_FreeNode(pstRoot);
+            }
+            return stVerdict.uiRet;
+        }
+    }
+    KTL_XML_FreeNode(pstRoot);
+    return 0;
+}
+
+/* ---- server list ------------------------------------------------------------------- */
+
+namespace {
+
+/* A key of the server-list answer: the value is the element's attribute "val". */
+struct ValAttrKey {
+    const char *pcPath;
+    uint32_t uiOffset;
+    uint32_t uiCapacity;
+    AtriumConv eConv;          /* Text or ZeroFlag */
+    bool bAbsentDefault;       /* write uiAbsentDefault when the element is absent */
+    uint32_t uiAbsentDefault;
+};
+
+const ValAttrKey g_astServerListKeys[] = {
+    {"servicetp.sipinfo.impu", ATRIUM_FIELD(UserRecord, acSipAccount), AtriumConv::Text, false, 0},
+    {"servicetp.sipinfo.impi", ATRIUM_FIELD(UserRecord, acSipImpi), AtriumConv::Text, false, 0},
+    {"servicetp.sipinfo.pwdtype", ATRIUM_FIELD(UserRecord, bPwdTypeZero), AtriumConv::ZeroFlag, true, 0},
+    {"servicetp.sipinfo.passwd", ATRIUM_FIELD(UserRecord, acSipPassword), AtriumConv::Text, false, 0},
+    {"servicetp.sipinfo.domain", ATRIUM_FIELD(UserRecord, acSipDomain), AtriumConv::Text, false, 0},
+};
+
+void ReadServerListKeys(_NODE *pstRoot, UserRecord *pstUser, const AtriumCallSite &stSite)
+{
+    char *pcRecord = reinterpret_cast<char *>(pstUser);
+    for (const ValAttrKey &stKey : g_astServerListKeys) {
+        char *pcField = pcRecord + stKey.uiOffset;
+        _NODE *pstNode = FindElement(pstRoot, stKey.pcPath, stSite);
+        if (pstNode == nullptr) {
+            if (stKey.bAbsentDefault) {
+                std::memcpy(pcField, &stKey.uiAbsentDefault, sizeof(stKey.uiAbsentDefault));
+            }
+            continue;
+        }
+        const char *pcVal = AttrOrNull(pstNode, "val");
+        if (pcVal == nullptr) {
+            continue;
+        }
+        if (stKey.eConv == AtriumConv::Text) {
+            (void)qev_strcpy_s(pcField, stKey.uiCapacity, pcVal);
+        } else {
+            const uint32_t uiZero = (KOSA_Strtoul(pcVal, nullptr, 0) == 0) ? 1u : 0u;
+            std::memcpy(pcField, &uiZero, sizeof(uiZero));
+        }
+    }
+}
+
+const int32_t FUNC_TYPE_ABSENT_SERVER_LIST = 5;
+
+/* FuncType from "val"; "terminalScene" is read whenever the element is there. */
+void ReadServerListFuncType(_NODE *pstRoot, UserRecord *pstUser, const AtriumCallSite &stSite)
+{
+    _NODE *pstFuncType = FindElement(pstRoot, "servicetp.sipinfo.FuncType", stSite);
+    if (pstFuncType == nullptr) {
+        pstUser->iFuncType = FUNC_TYPE_ABSENT_SERVER_LIST;
+        ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_MISS, "Not Find the sip FuncType, set default 5");
+        return;
+    }
+    const char *pcVal = AttrOrNull(pstFuncType, "val");
+    if (pcVal != nullptr) {
+        StoreFuncType(pcVal, &pstUser->iFuncType, stSite);
+    }
+    StoreTerminalScene(pstFuncType, pstUser, stSite);
+}
+
+/* Parses every "site" child of servicetp into pstSites, stepping over other children. */
+void HarvestAllSites(_NODE *pstServiceTp, Site *pstSites, const AtriumCallSite &stSite)
+{
+    uint32_t uiChildNum = 0;
+    uint32_t uiParsed = 0;
+
+    (void)KTL_XML_GetNodeChildNum(pstServiceTp, &uiChildNum);
+    _NODE *pstChild = KTL_XML_GetNodeFirstChild(pstServiceTp);
+    for (uint32_t i = 0; i < uiChildNum && pstChild != nullptr; ++i) {
+        if (IsSiteElement(pstChild, stSite)) {
+            (void)XmlAtriumParseSite(pstChild, &pstSites[uiParsed], nullptr, 0);
+            ++uiParsed;
+        }
+        pstChild = KTL_XML_GetNodeNextSibling(pstChild);
+    }
+}
+
+/* This answer names no own or main site: site 0 is both. */
+const uint32_t SERVER_LIST_OWN_AND_MAIN_SITE = 0;
+
+} // namespace
+
+uint32_t XmlParseAtriumGetServerListRst(const char *pcXmlBody, tagLOGIN_S_ATRIUM_USER_INFO *pstUserInfo)
+{
+    _NODE *pstRoot = nullptr;
+
+    const uint32_t uiRet = OpenLoginAnswer(pcXmlBody, pstUserInfo, &pstRoot, ATRIUM_HERE);
+    if (uiRet != 0) {
+        return uiRet;
+    }
+    ReadServerListKeys(pstRoot, pstUserInfo, ATRIUM_HERE);
+    ReadServerListFuncType(pstRoot, pstUserInfo, ATRIUM_HERE);
+
+    _NODE *pstServiceTp = FindElement(pstRoot, "servicetp", ATRIUM_HERE);
+    const uint32_t uiNumOfSite = (pstServiceTp != nullptr) ? GetSiteNumber(pstServiceTp) : 0;
+    if (uiNumOfSite != 0) {
+        Site *pstSites = NewSiteArray(uiNumOfSite, ATRIUM_HERE);
+        if (pstSites == nullptr) {
+            KTL_XML_FreeNode(pstRoot);
+            return RESULT_FAILED;
+        }
+        HarvestAllSites(pstServiceTp, pstSites, ATRIUM_HERE);
+        HandOverSites(pstSites, uiNumOfSite, SERVER_LIST_OWN_AND_MAIN_SITE, SERVER_LIST_OWN_AND_MAIN_SITE,
+                      pstUserInfo, ATRIUM_HERE);
+    }
+    KTL_XML_FreeNode(pstRoot);
+    return 0;
+}
+
+/* ---- search ------------------------------------------------------------------------ */
+
+namespace {
+
+const uint32_t SEARCH_URI_CAPACITY = 256;
+
+/* A site the search answer offers: its priority (0 when absent) and its portal uri ("" when
+ * absent or too long). */
+struct SearchSite {
+    uint32_t uiPriority;
+    char acUri[SEARCH_URI_CAPACITY];
+};
+
+SearchSite ReadSearchSite(_NODE *pstChild, const AtriumCallSite &stSite)
+{
+    SearchSite stFound = {0, {}};
+    const char *pcPriority = AttrOrNull(pstChild, "priority");
+    if (pcPriority != nullptr) {
+        stFound.uiPriority = KOSA_Strtoul(pcPriority, nullptr, 0);
+    }
+    _NODE *pstSsoHost = FindElement(pstChild, "site.sso_hostname", stSite);
+    const char *pcUri = (pstSsoHost != nullptr) ? AttrOrNull(pstSsoHost, "uri") : nullptr;
+    if (pcUri != nullptr) {
+        (void)qev_strcpy_s(stFound.acUri, sizeof(stFound.acUri), pcUri);
+    }
+    return stFound;
+}
+
+/* "default" (exactly) names no portal. */
+bool IsUsableSearchSite(const SearchSite &stFound)
+{
+    return stFound.uiPriority != 0 && stFound.acUri[0] != '\0' && KOSA_StrCmp(stFound.acUri, "default") != 0;
+}
+
+} // namespace
+
+uint32_t XmlParseAtriumSearchResult(const char *pcXmlBody, tagLOGIN_S_ATRIUM_SEARCH_RESULT *pstResult)
+{
+    _NODE *pstRoot = nullptr;
+
+    /* No argument check: the login service never passes null here. */
+    const uint32_t uiRet = KTL_XML_Parse(pcXmlBody, &pstRoot);
+    if (uiRet != 0) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: KTL_XML_Parse failed errno=[0x%x]!", uiRet);
+        return uiRet;
+    }
+    _NODE *pstServiceTp = FindElement(pstRoot, "UserInfo.servicetp", ATRIUM_HERE);
+    if (pstServiceTp != nullptr) {
+        /* Entries are appended after what the caller has; the record holds five. */
+        for (_NODE *pstChild = KTL_XML_GetNodeFirstChild(pstServiceTp);
+             pstChild != nullptr && pstResult->uiSiteNum < LOGIN_SEARCH_SITE_MAX;
+             pstChild = KTL_XML_GetNodeNextSibling(pstChild)) {
+            const SearchSite stFound = ReadSearchSite(pstChild, ATRIUM_HERE);
+            if (IsUsableSearchSite(stFound)) {
+                const uint32_t uiEntry = pstResult->uiSiteNum;
+                pstResult->auiPriority[uiEntry] = stFound.uiPriority;
+                (void)qev_strcpy_s(pstResult->aacSiteUri[uiEntry], sizeof(pstResult->aacSiteUri[uiEntry]),
+                                   stFound.acUri);
+                pstResult->uiSiteNum = uiEntry + 1;
+            }
+        }
+    }
+    KTL_XML_FreeNode(pstRoot);
+    return 0;
+}
+
+/* ---- token information ------------------------------------------------------------- */
+
+namespace {
+
+using TokenInfo = tagLOGIN_S_ATRIUM_TOKEN_INFO;
+
+const char TOKEN_INFO_TOKEN_PATH[] = "UserInfo.LoginToken.AccessToken";
+const char TOKEN_INFO_EXPIRE_PATH[] = "UserInfo.LoginToken.ExpireIn";
+
+/* Optional; a copy that fails leaves the field empty. */
+const AtriumValueKey g_astTokenInfoAccountKeys[] = {
+    {"UserInfo.Account", ATRIUM_FIELD(TokenInfo, acAccount), AtriumConv::Text, false, nullptr, 0, nullptr, false, 0},
+    {"UserInfo.PWD", ATRIUM_FIELD(TokenInfo, acPassword), AtriumConv::Text, false, nullptr, 0, nullptr, false, 0},
+};
+
+} // namespace
+
+uint32_t XmlParseAtriumTokenInfo(const char *pcXmlBody, tagLOGIN_S_ATRIUM_TOKEN_INFO *pstTokenInfo)
+{
+    _NODE *pstRoot = nullptr;
+    _NODE *pstNode = nullptr;
+    char *pcValue = nullptr;
+
+    if (pcXmlBody == nullptr || pstTokenInfo == nullptr) {
+        return RESULT_NULL_ARGUMENT;
+    }
+    uint32_t uiRet = KTL_XML_Parse(pcXmlBody, &pstRoot);
+    if (uiRet != 0) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Parse XMLBody failed : %u !!", uiRet);
+        return uiRet;
+    }
+    uiRet = XML_D_GET_NODEVALUE_BYURI(pstRoot, TOKEN_INFO_TOKEN_PATH, &pstNode, &pcValue);
+    if (pcValue == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "XML_D_GET_NODEVALUE_BYURI failed : %s !!", TOKEN_INFO_TOKEN_PATH);
+        return uiRet; /* the document is kept on this path, as the login service knows it */
+    }
+    const int iCopy = qev_strcpy_s(pstTokenInfo->acAccessToken, sizeof(pstTokenInfo->acAccessToken), pcValue);
+    if (iCopy != 0) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "qev_strncpy_s failed : %u !!", static_cast<uint32_t>(iCopy));
+        KTL_XML_FreeNode(pstRoot);
+        return static_cast<uint32_t>(iCopy);
+    }
+    uiRet = XML_D_GET_NODEVALUE_BYURI(pstRoot, TOKEN_INFO_EXPIRE_PATH, &pstNode, &pcValue);
+    if (pcValue == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Parse XMLBody failed : %s !!", TOKEN_INFO_EXPIRE_PATH);
+        return uiRet; /* the document is kept on this path, as the login service knows it */
+    }
+    (void)KOSA_StrToInt32(pcValue, &pstTokenInfo->iExpireIn);
+    (void)AtriumReadValueKeys(pstRoot, g_astTokenInfoAccountKeys, pstTokenInfo, ATRIUM_HERE);
+    KTL_XML_FreeNode(pstRoot);
+    return 0;
+}
+
+/* ---- right configuration ----------------------------------------------------------- */
+
+namespace {
+
+using RightConfig = tagLOGIN_S_ATRIUM_RIGHT_CONFIG;
+
+const AtriumValueKey g_astRightConfigRetCode[] = {
+    {"root.retcode", ATRIUM_FIELD(RightConfig, uiRetCode), AtriumConv::Strtoul, false, nullptr, 0, nullptr, false, 0},
+};
+
+/* A text of the right configuration, copied with a counted copy (value length + 1). */
+struct CountedTextKey {
+    const char *pcPath;
+    uint32_t uiOffset;
+    uint32_t uiCapacity;
+};
+
+const CountedTextKey g_astRightConfigTexts[] = {
+    {"root.devkey", ATRIUM_FIELD(RightConfig, acDevKey)},
+    {"root.devtype", ATRIUM_FIELD(RightConfig, acDevType)},
+    {"root.timestamp", ATRIUM_FIELD(RightConfig, acTimestamp)},
+};
+
+void ReadCountedTexts(_NODE *pstRoot, RightConfig *pstConfig, const AtriumCallSite &stSite)
+{
+    char *pcRecord = reinterpret_cast<char *>(pstConfig);
+    for (const CountedTextKey &stKey : g_astRightConfigTexts) {
+        _NODE *pstNode = nullptr;
+        char *pcValue = nullptr;
+        (void)AtriumGetNodeValueByUri(pstRoot, stKey.pcPath, &pstNode, &pcValue, stSite);
+        if (pcValue != nullptr) {
+            (void)qev_strncpy_s(pcRecord + stKey.uiOffset, stKey.uiCapacity, pcValue, KOSA_StrLen(pcValue) + 1);
+        }
+    }
+}
+
+const uint32_t PROFILE_FILE_MODE = 0766;
+
+} // namespace
+
+uint32_t XmlSaveAtriumXmlBody(const char *pcText, const char *pcFileName)
+{
+    if (pcText == nullptr || pcFileName == nullptr) {
+        return RESULT_FAILED;
+    }
+    ATRIUM_TRACE(LOGIN_TRACE_DUMP, "filename:%s", pcFileName);
+    const int32_t iFd = KOSA_Open(pcFileName, KOSA_O_WRONLY | KOSA_O_CREAT | KOSA_O_TRUNC, PROFILE_FILE_MODE);
+    if (iFd < 0) {
+        return RESULT_FAILED;
+    }
+    const uint32_t uiLen = KOSA_StrLen(pcText);
+    const int32_t iWritten = KOSA_Write(iFd, pcText, uiLen);
+    (void)KOSA_Close(iFd);
+    return (iWritten >= 0 && static_cast<uint32_t>(iWritten) == uiLen) ? 0 : RESULT_FAILED;
+}
+
+uint32_t XmlParseAtriumRightConfig(const char *pcXmlBody, const char *pcFileName,
+                                   tagLOGIN_S_ATRIUM_RIGHT_CONFIG *pstConfigResult)
+{
+    _NODE *pstRoot = nullptr;
+    _NODE *pstNode = nullptr;
+    char *pcProfile = nullptr;
+
+    if (pcXmlBody == nullptr || pstConfigResult == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: pcXmlBody or pstConfigResult is null");
+        return RESULT_NULL_ARGUMENT;
+    }
+    uint32_t uiRet = KTL_XML_Parse(pcXmlBody, &pstRoot);
+    if (uiRet != 0) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: Parse XMLBody failed : %d !!", static_cast<int>(uiRet));
+        return uiRet;
+    }
+    (void)AtriumReadValueKeys(pstRoot, g_astRightConfigRetCode, pstConfigResult, ATRIUM_HERE);
+    ReadCountedTexts(pstRoot, pstConfigResult, ATRIUM_HERE);
+    /* A refusal (or a caller's non-zero code when the answer has none) carries no profile. */
+    if (pstConfigResult->uiRetCode != 0) {
+        KTL_XML_FreeNode(pstRoot);
+        return 0;
+    }
+    uiRet = XML_D_GET_NODEVALUE_BYURI(pstRoot, "root.profile", &pstNode, &pcProfile);
+    if (pcProfile == nullptr) {
+        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: GetNodeByUrl Profile failed ulRet[0x%x]", uiRet);
+        KTL_XML_FreeNode(pstRoot);
+        return uiRet;
+    }
+    uiRet = XmlSaveAtriumXmlBody(pcProfile, pcFileName);
+    if (uiRet == 0) {
+        return 0; /* the document is kept on this path, as the login service knows it */
+    }
+    ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: XmlBody save failed, ulRet[0x%x]", uiRet);
+    KTL_XML_FreeNode(pstRoot);
+    return uiRet;
+}
