@@ -27,6 +27,20 @@ namespace {
 
 std::atomic<uint32_t> g_uiLiveDocuments{0};
 
+/* Value reads this thread may still make before the injected failure. */
+thread_local uint32_t t_uiValueReadsBeforeFailure = KTL_XML_FAIL_NEVER;
+
+/* True when the injected failure fires for this call (and disarms the thread). */
+bool InjectedValueReadFailure()
+{
+    const uint32_t uiLeft = t_uiValueReadsBeforeFailure;
+    if (uiLeft == KTL_XML_FAIL_NEVER) {
+        return false;
+    }
+    t_uiValueReadsBeforeFailure = (uiLeft == 0) ? KTL_XML_FAIL_NEVER : uiLeft - 1;
+    return uiLeft == 0;
+}
+
 _NODE *ToNode(pugi::xml_node xNode)
 {
     return reinterpret_cast<_NODE *>(xNode.internal_object());
@@ -216,6 +230,11 @@ extern "C" uint32_t KTL_XML_LiveDocuments(void)
     return g_uiLiveDocuments.load(std::memory_order_relaxed);
 }
 
+extern "C" void KTL_XML_FailValueReadsAfter(uint32_t uiSucceed)
+{
+    t_uiValueReadsBeforeFailure = uiSucceed;
+}
+
 extern "C" uint32_t KTL_XML_GetNodeByUrl(_NODE *pstStart, const char *pcPath, _NODE **ppstNode)
 {
     if (ppstNode == nullptr) {
@@ -261,6 +280,9 @@ extern "C" uint32_t KTL_XML_GetNodeValue(_NODE *pstNode, uint32_t *puiUnused, ui
     }
     if (pstNode == nullptr || ppcValue == nullptr) {
         return KTL_XML_ERR_NULL_ARG;
+    }
+    if (InjectedValueReadFailure()) {
+        return KTL_XML_ERR_INJECTED;
     }
 
     pugi::xml_node xNode = FromNode(pstNode);

@@ -48,6 +48,7 @@ typedef struct _NODE _NODE;
 #define KTL_XML_ERR_NO_MEMORY   0x1004u /* the document could not be allocated */
 #define KTL_XML_ERR_NO_ROOT     0x1005u /* no root element (empty text, only a prolog) */
 #define KTL_XML_ERR_NOT_WELL_FORMED 0x1006u /* several top-level elements */
+#define KTL_XML_ERR_INJECTED    0x1007u /* a failure injected by KTL_XML_FailValueReadsAfter */
 #define KTL_XML_ERR_PARSE_BASE  0x1100u /* + pugixml's xml_parse_status of a syntax error */
 
 /*
@@ -91,6 +92,13 @@ void KTL_XML_FreeNode(_NODE *pstRoot);
 
 /* Test hook: documents parsed and not yet released, process-wide. */
 uint32_t KTL_XML_LiveDocuments(void);
+
+/* Test hook, this thread only: uiSucceed more calls of KTL_XML_GetNodeValue behave normally,
+ * the next one fails with KTL_XML_ERR_INJECTED (out-pointers null), then the thread is back
+ * to normal. KTL_XML_FAIL_NEVER disarms. Lets a test reach the paths of a value read that
+ * fails, which a well-formed document never gives otherwise. */
+#define KTL_XML_FAIL_NEVER 0xFFFFFFFFu
+void KTL_XML_FailValueReadsAfter(uint32_t uiSucceed);
 
 #ifdef __cplusplus
 }

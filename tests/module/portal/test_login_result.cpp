@@ -426,6 +426,27 @@ TEST_F(LoginResultTest, ThreeHundredExtraParametersAreCappedAt256InAnArraySizedB
     EXPECT_EQ(m_traces.Count(LOGIN_TRACE_PROGRESS, "get 256 extra parameter"), 1u);
 }
 
+TEST_F(LoginResultTest, UnreadableExtraParameterReturnsTheCodeKeepingDocumentAndArray)
+{
+    std::string strBody = Answer("<ExtraParms><a>1</a><b>2</b></ExtraParms><displayname>Bob</displayname>");
+    /* Value reads before the walk: the token, its lifetime and the ExtraParms element. The
+     * walk's second child is the one that fails. */
+    KTL_XML_FailValueReadsAfter(4);
+
+    EXPECT_EQ(XmlParseAtriumLoginResult(strBody.c_str(), OWN_HOST, &m_stUser), KTL_XML_ERR_INJECTED);
+    KTL_XML_FailValueReadsAfter(KTL_XML_FAIL_NEVER);
+
+    EXPECT_STREQ(m_stUser.acAccessToken, "tok") << "fields read before stay";
+    EXPECT_EQ(m_stUser.uiExtraParmNum, 0u);
+    EXPECT_EQ(m_stUser.pstExtraParm, nullptr) << "the array is not handed over";
+    EXPECT_STREQ(m_stUser.acDisplayName, "") << "nothing after the failure is read";
+    char acExpected[64];
+    std::snprintf(acExpected, sizeof(acExpected), "L0 KTL_XML_GetNodeValue failed uiRet:%u", KTL_XML_ERR_INJECTED);
+    EXPECT_EQ(m_traces.Texts().back(), acExpected);
+    ExpectDocumentsKept(1);
+    ExpectBlocksKept(1);
+}
+
 TEST_F(LoginResultTest, EmptyExtraParameterDropsThemAllButTheParseGoesOn)
 {
     std::string strBody = Answer("<ExtraParms><a>1</a><b></b><c>3</c></ExtraParms><displayname>Bob</displayname>");

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 namespace {
 
 /* Owns one parse: frees the document when the test leaves. */
@@ -330,3 +332,37 @@ TEST(KtlXmlAttr, NullArgumentsFail)
 }
 
 } // namespace
+
+TEST(KtlXmlFaultHook, FailsTheValueReadAfterTheGivenNumberAndDisarms)
+{
+    _NODE *pstRoot = nullptr;
+    ASSERT_EQ(KTL_XML_Parse("<a>x</a>", &pstRoot), 0u);
+    char *pcValue = nullptr;
+    KTL_XML_FailValueReadsAfter(1);
+    EXPECT_EQ(KTL_XML_GetNodeValue(pstRoot, nullptr, 0, nullptr, &pcValue), 0u);
+    EXPECT_STREQ(pcValue, "x");
+    char *pcName = reinterpret_cast<char *>(1);
+    EXPECT_EQ(KTL_XML_GetNodeValue(pstRoot, nullptr, 0, &pcName, &pcValue), KTL_XML_ERR_INJECTED);
+    EXPECT_EQ(pcValue, nullptr);
+    EXPECT_EQ(pcName, nullptr);
+    EXPECT_EQ(KTL_XML_GetNodeValue(pstRoot, nullptr, 0, nullptr, &pcValue), 0u) << "disarmed after firing";
+    EXPECT_STREQ(pcValue, "x");
+    KTL_XML_FreeNode(pstRoot);
+}
+
+TEST(KtlXmlFaultHook, NeverDisarmsAndOtherThreadsAreNotAffected)
+{
+    _NODE *pstRoot = nullptr;
+    ASSERT_EQ(KTL_XML_Parse("<a>x</a>", &pstRoot), 0u);
+    KTL_XML_FailValueReadsAfter(0);
+    uint32_t uiOtherThread = 1;
+    std::thread([&] {
+        char *pcValue = nullptr;
+        uiOtherThread = KTL_XML_GetNodeValue(pstRoot, nullptr, 0, nullptr, &pcValue);
+    }).join();
+    EXPECT_EQ(uiOtherThread, 0u);
+    KTL_XML_FailValueReadsAfter(KTL_XML_FAIL_NEVER);
+    char *pcValue = nullptr;
+    EXPECT_EQ(KTL_XML_GetNodeValue(pstRoot, nullptr, 0, nullptr, &pcValue), 0u);
+    KTL_XML_FreeNode(pstRoot);
+}

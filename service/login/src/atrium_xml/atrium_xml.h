@@ -345,7 +345,8 @@ uint32_t XmlParseTandemRandomResult(const char *pcXmlBody, tagXML_S_TANDEM_RANDO
  * any other -> 11. Pure. */
 uint32_t XmlParseTandemRandomErrorcode(uint32_t uiErrorCode);
 
-/* Conference search answer (root "servicetp"). No null check. Results: 0, the parse code. */
+/* Conference search answer (root "servicetp"). Entries are appended at uiSiteNum while it
+ * is below 5. Results: 0, 2 (null body or record), the parse code. */
 uint32_t XmlParseTandemSearchResult(const char *pcXmlBody, tagXML_S_TANDEM_SEARCH_RESULT *pstSearchResult);
 
 /* Guest's site: the first site whose SSO host equals pcSiteKey, copied into a new
