@@ -49,6 +49,28 @@ uint32_t AtriumGetNodeValueByUri(_NODE *pstStart, const char *pcPath, _NODE **pp
 #define XML_D_GET_NODEVALUE_BYURI(pstStart, pcPath, ppstNode, ppcValue) \
     AtriumGetNodeValueByUri((pstStart), (pcPath), (ppstNode), (ppcValue), ATRIUM_HERE)
 
+/*
+ * How a parser opens its answer: the argument check and the parse, each with the parser's
+ * own level-0 message (the texts differ from parser to parser on purpose).
+ */
+struct AtriumOpening {
+    const char *pcNullMessage;  /* traced when the body or the record is null; null: silent */
+    const char *pcParseFormat;  /* traced with the library's code when the body is not XML */
+    uint32_t uiParseFailure;    /* result for text that is not XML; ATRIUM_PARSE_CODE: the
+                                   library's own code */
+};
+
+const uint32_t ATRIUM_PARSE_CODE = 0;
+
+/* Parses pcBody into *ppstRoot. Returns 0, or (after tracing pcParseFormat with the library's
+ * code) the opening's result for text that is not XML. */
+uint32_t AtriumParseAnswer(const char *pcBody, const char *pcParseFormat, uint32_t uiParseFailure,
+                           _NODE **ppstRoot, const AtriumCallSite &stSite);
+
+/* Argument check of body and record (2 for a null one), then AtriumParseAnswer. */
+uint32_t AtriumOpenAnswer(const char *pcBody, const void *pvRecord, const AtriumOpening &stOpening,
+                          _NODE **ppstRoot, const AtriumCallSite &stSite);
+
 /* How a present value is stored. */
 enum class AtriumConv : uint8_t {
     Text,         /* qev_strcpy_s into a char field of uiCapacity bytes */

@@ -238,13 +238,10 @@ uint32_t XmlParseTandmLoginResult(const char *pcXmlBody, tagXML_S_TANDEM_LOGIN_R
     _NODE *pstRoot = nullptr;
     _NODE *pstNode = nullptr;
 
-    if (pcXmlBody == nullptr || pstResult == nullptr) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Tandem: Conf Login Parse download xmlBody pointer empty!");
-        return 2;
-    }
-    uint32_t uiRet = KTL_XML_Parse(pcXmlBody, &pstRoot);
+    const AtriumOpening stOpening = {"Tandem: Conf Login Parse download xmlBody pointer empty!",
+                                     "Tandem: Conf Login KTL_XML_Parse failed errno=[0x%x]!", ATRIUM_PARSE_CODE};
+    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstResult, stOpening, &pstRoot, ATRIUM_HERE);
     if (uiRet != 0) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Tandem: Conf Login KTL_XML_Parse failed errno=[0x%x]!", uiRet);
         return uiRet;
     }
 
@@ -382,10 +379,10 @@ uint32_t XmlParseGetTandemVersionResult(const char *pcXmlBody, tagXML_S_TANDEM_V
                      static_cast<const void *>(pcXmlBody), static_cast<void *>(pstVersionResult));
         return 2;
     }
-    uint32_t uiRet = KTL_XML_Parse(pcXmlBody, &pstRoot);
+    uint32_t uiRet = AtriumParseAnswer(pcXmlBody, "RestConf: ParseVersionXML Parse failed, ulRet[0x%x]!",
+                                       TANDEM_RET_NOT_XML, &pstRoot, ATRIUM_HERE);
     if (uiRet != 0) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "RestConf: ParseVersionXML Parse failed, ulRet[0x%x]!", uiRet);
-        return TANDEM_RET_NOT_XML;
+        return uiRet;
     }
     uiRet = KTL_XML_GetNodeByUrl(pstRoot, "versionResult.result", &pstNode);
     if (uiRet != 0 || pstNode == nullptr) {
@@ -441,13 +438,10 @@ uint32_t XmlParseTandemRandomResult(const char *pcXmlBody, tagXML_S_TANDEM_RANDO
     _NODE *pstNode = nullptr;
     char *pcValue = nullptr;
 
-    if (pcXmlBody == nullptr || pstRandomResult == nullptr) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Tandem: Conf Login Parse xmlBody pointer empty!");
-        return 2;
-    }
-    uint32_t uiRet = KTL_XML_Parse(pcXmlBody, &pstRoot);
+    const AtriumOpening stOpening = {"Tandem: Conf Login Parse xmlBody pointer empty!",
+                                     "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!", ATRIUM_PARSE_CODE};
+    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstRandomResult, stOpening, &pstRoot, ATRIUM_HERE);
     if (uiRet != 0) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!", uiRet);
         return uiRet;
     }
     (void)XML_D_GET_NODEVALUE_BYURI(pstRoot, "confinfo.errorCode", &pstNode, &pcValue);
@@ -502,13 +496,10 @@ uint32_t XmlParseTandemSearchResult(const char *pcXmlBody, tagXML_S_TANDEM_SEARC
     const uint32_t uiMaxSites = static_cast<uint32_t>(sizeof(pstSearchResult->auiPriority) / sizeof(uint32_t));
 
     /* Callers never pass null; the check keeps a null record from being written through. */
-    if (pcXmlBody == nullptr || pstSearchResult == nullptr) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: Conf Search Parse xmlBody pointer empty!");
-        return 2;
-    }
-    uint32_t uiRet = KTL_XML_Parse(pcXmlBody, &pstRoot);
+    const AtriumOpening stOpening = {"atrium: Conf Search Parse xmlBody pointer empty!",
+                                     "atrium: KTL_XML_Parse failed errno=[0x%x]!", ATRIUM_PARSE_CODE};
+    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstSearchResult, stOpening, &pstRoot, ATRIUM_HERE);
     if (uiRet != 0) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: KTL_XML_Parse failed errno=[0x%x]!", uiRet);
         return uiRet;
     }
     (void)XML_D_GET_NODEVALUE_BYURI(pstRoot, "servicetp", &pstServiceTp, &pcValue);
@@ -581,9 +572,9 @@ uint32_t XmlParseTandemTempuserServiceTp(const char *pcXmlBody, const char *pcSi
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "XmlParseTandemTempuserServiceTp failed param is null\n");
         return 2;
     }
-    const uint32_t uiRet = KTL_XML_Parse(pcXmlBody, &pstRoot);
+    const uint32_t uiRet = AtriumParseAnswer(pcXmlBody, "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!",
+                                             ATRIUM_PARSE_CODE, &pstRoot, ATRIUM_HERE);
     if (uiRet != 0) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!", uiRet);
         return uiRet;
     }
     TandemParseGuestSite(pstRoot, pcSiteKey, &stSite, pstTempUser->acAtriumUri,
@@ -634,13 +625,10 @@ uint32_t XmlParseTandemTempuserSipInfo(const char *pcXmlBody, tagXML_S_TANDEM_TE
     _NODE *pstNode = nullptr;
     char *pcValue = nullptr;
 
-    if (pcXmlBody == nullptr || pstTempUser == nullptr) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Tandem: Conf Login Parse xmlBody pointer empty!");
-        return 2;
-    }
-    uint32_t uiRet = KTL_XML_Parse(pcXmlBody, &pstRoot);
+    const AtriumOpening stOpening = {"Tandem: Conf Login Parse xmlBody pointer empty!",
+                                     "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!", ATRIUM_PARSE_CODE};
+    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstTempUser, stOpening, &pstRoot, ATRIUM_HERE);
     if (uiRet != 0) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!", uiRet);
         return uiRet;
     }
     /* Any error code refuses the guest, "0" included: its presence decides, not its value. */
@@ -685,14 +673,11 @@ uint32_t XmlParseTempuserConfInfo(const char *pcXmlBody, tagXML_S_TANDEM_TEMPUSE
 {
     _NODE *pstRoot = nullptr;
 
-    if (pcXmlBody == nullptr || pstTempUser == nullptr) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "CMS:Conf Login Parse xmlBody pointer empty!");
-        return 2;
-    }
-    const uint32_t uiRet = KTL_XML_Parse(pcXmlBody, &pstRoot);
+    const AtriumOpening stOpening = {"CMS:Conf Login Parse xmlBody pointer empty!",
+                                     "Conf Login KTL_XML_Parse failed errno=[0x%x]!", TANDEM_RET_NOT_XML};
+    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstTempUser, stOpening, &pstRoot, ATRIUM_HERE);
     if (uiRet != 0) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Conf Login KTL_XML_Parse failed errno=[0x%x]!", uiRet);
-        return TANDEM_RET_NOT_XML;
+        return uiRet;
     }
     (void)AtriumReadValueKeys(pstRoot, g_astTempuserConfKeys, pstTempUser, ATRIUM_HERE);
     KTL_XML_FreeNode(pstRoot);
@@ -704,14 +689,11 @@ uint32_t XmlParseBigParamConfInfo(const char *pcXmlBody, tagXML_S_TANDEM_TEMPUSE
     _NODE *pstRoot = nullptr;
     _NODE *pstConfInfo = nullptr;
 
-    if (pcXmlBody == nullptr || pstTempUser == nullptr) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Tandem: Conf Login Parse xmlBody pointer empty!");
-        return 2;
-    }
-    const uint32_t uiRet = KTL_XML_Parse(pcXmlBody, &pstRoot);
+    const AtriumOpening stOpening = {"Tandem: Conf Login Parse xmlBody pointer empty!",
+                                     "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!", TANDEM_RET_NOT_XML};
+    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstTempUser, stOpening, &pstRoot, ATRIUM_HERE);
     if (uiRet != 0) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!", uiRet);
-        return TANDEM_RET_NOT_XML;
+        return uiRet;
     }
     if (TandemFindNode(pstRoot, "ConfParam.ConfInfo", &pstConfInfo)) {
         /* The detailed block is the other parser's answer; it parses the body on its own. */
@@ -746,14 +728,11 @@ uint32_t XmlParseTempuserAccountInfo(const char *pcXmlBody, tagXML_S_TEMPUSER_AC
 {
     _NODE *pstRoot = nullptr;
 
-    if (pcXmlBody == nullptr || pstAccount == nullptr) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "CMS: Conf Login Parse xmlBody pointer empty!");
-        return 2;
-    }
-    const uint32_t uiRet = KTL_XML_Parse(pcXmlBody, &pstRoot);
+    const AtriumOpening stOpening = {"CMS: Conf Login Parse xmlBody pointer empty!",
+                                     "Conf Login KTL_XML_Parse failed errno=[0x%x]!", TANDEM_RET_NOT_XML};
+    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstAccount, stOpening, &pstRoot, ATRIUM_HERE);
     if (uiRet != 0) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Conf Login KTL_XML_Parse failed errno=[0x%x]!", uiRet);
-        return TANDEM_RET_NOT_XML;
+        return uiRet;
     }
     (void)AtriumReadValueKeys(pstRoot, g_astTempuserAccountKeys, pstAccount, ATRIUM_HERE);
     KTL_XML_FreeNode(pstRoot);
@@ -774,9 +753,9 @@ uint32_t XmlParseGetServiceTPFromRandom(const char *pcXmlBody, char **ppcService
         return 1;
     }
     /* The body is not checked here: a null body is the XML library's parse failure. */
-    uint32_t uiRet = KTL_XML_Parse(pcXmlBody, &pstRoot);
+    uint32_t uiRet = AtriumParseAnswer(pcXmlBody, "atrium: KTL_XML_Parse failed errno=[0x%x]!",
+                                       ATRIUM_PARSE_CODE, &pstRoot, ATRIUM_HERE);
     if (uiRet != 0) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: KTL_XML_Parse failed errno=[0x%x]!", uiRet);
         return uiRet;
     }
     /* The element must exist; an element without text goes on and fails to decode. */

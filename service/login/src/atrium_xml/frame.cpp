@@ -1,7 +1,9 @@
 /*
- * frame.cpp - the shared per-key step and the key-table reader of the parse frame.
+ * frame.cpp - the shared steps of the parse frame: opening an answer, the per-key step and
+ * the key-table reader.
  *
- * Every XML parser of the module reads its keys through AtriumGetNodeValueByUri: one
+ * Every XML parser opens its answer through AtriumOpenAnswer (argument check and parse, with
+ * the parser's own messages) and reads its keys through AtriumGetNodeValueByUri: one
  * dotted-path lookup, one value read, level-1 traces for misses on the caller's line.
  * Parsers that are plain lists of keys describe them as AtriumValueKey tables, which
  * AtriumReadValueKeys runs row by row: per-key step, then copy or conversion into the
@@ -10,6 +12,29 @@
 #include "atrium_frame.h"
 
 #include <cstring>
+
+uint32_t AtriumParseAnswer(const char *pcBody, const char *pcParseFormat, uint32_t uiParseFailure,
+                           _NODE **ppstRoot, const AtriumCallSite &stSite)
+{
+    const uint32_t uiRet = KTL_XML_Parse(pcBody, ppstRoot);
+    if (uiRet == 0) {
+        return 0;
+    }
+    ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_ERROR, pcParseFormat, uiRet);
+    return (uiParseFailure == ATRIUM_PARSE_CODE) ? uiRet : uiParseFailure;
+}
+
+uint32_t AtriumOpenAnswer(const char *pcBody, const void *pvRecord, const AtriumOpening &stOpening,
+                          _NODE **ppstRoot, const AtriumCallSite &stSite)
+{
+    if (pcBody == nullptr || pvRecord == nullptr) {
+        if (stOpening.pcNullMessage != nullptr) {
+            ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_ERROR, "%s", stOpening.pcNullMessage);
+        }
+        return 2;
+    }
+    return AtriumParseAnswer(pcBody, stOpening.pcParseFormat, stOpening.uiParseFailure, ppstRoot, stSite);
+}
 
 uint32_t AtriumGetNodeValueByUri(_NODE *pstStart, const char *pcPath, _NODE **ppstNode,
                                  char **ppcValue, const AtriumCallSite &stSite)

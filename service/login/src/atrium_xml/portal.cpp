@@ -28,7 +28,6 @@ using UserRecord = tagLOGIN_S_ATRIUM_USER_INFO;
 using Site = tagLOGIN_S_SITE;
 
 const uint32_t RESULT_FAILED = 1;
-const uint32_t RESULT_NULL_ARGUMENT = 2;
 
 /* ---- shared steps ------------------------------------------------------------------- */
 
@@ -49,21 +48,10 @@ _NODE *FindElement(_NODE *pstStart, const char *pcPath, const AtriumCallSite &st
     return pstNode;
 }
 
-/* Argument check and parse of the answers that report as the login does (login,
- * authentication token, server list). On 0 the caller owns *ppstRoot. */
-uint32_t OpenLoginAnswer(const char *pcXmlBody, const void *pvRecord, _NODE **ppstRoot,
-                         const AtriumCallSite &stSite)
-{
-    if (pcXmlBody == nullptr || pvRecord == nullptr) {
-        ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_ERROR, "atrium: Conf Login Parse download xmlBody pointer empty!");
-        return RESULT_NULL_ARGUMENT;
-    }
-    const uint32_t uiRet = KTL_XML_Parse(pcXmlBody, ppstRoot);
-    if (uiRet != 0) {
-        ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_ERROR, "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!", uiRet);
-    }
-    return uiRet;
-}
+/* The opening of the answers that report as the login does (login, authentication token,
+ * server list). */
+const AtriumOpening LOGIN_OPENING = {"atrium: Conf Login Parse download xmlBody pointer empty!",
+                                     "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!", ATRIUM_PARSE_CODE};
 
 /* A FuncType value: a failed conversion leaves whatever it wrote. */
 void StoreFuncType(const char *pcValue, int32_t *piFuncType, const AtriumCallSite &stSite)
@@ -159,7 +147,7 @@ uint32_t XmlParseAtriumAuthToken(const char *pcXmlBody, tagLOGIN_S_ATRIUM_USER_I
 {
     _NODE *pstRoot = nullptr;
 
-    uint32_t uiRet = OpenLoginAnswer(pcXmlBody, pstUserInfo, &pstRoot, ATRIUM_HERE);
+    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstUserInfo, LOGIN_OPENING, &pstRoot, ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
@@ -538,7 +526,7 @@ uint32_t XmlParseAtriumLoginResult(const char *pcXmlBody, const char *pcOwnSiteH
 {
     _NODE *pstRoot = nullptr;
 
-    const uint32_t uiRet = OpenLoginAnswer(pcXmlBody, pstUserInfo, &pstRoot, ATRIUM_HERE);
+    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstUserInfo, LOGIN_OPENING, &pstRoot, ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
@@ -647,7 +635,7 @@ uint32_t XmlParseAtriumGetServerListRst(const char *pcXmlBody, tagLOGIN_S_ATRIUM
 {
     _NODE *pstRoot = nullptr;
 
-    const uint32_t uiRet = OpenLoginAnswer(pcXmlBody, pstUserInfo, &pstRoot, ATRIUM_HERE);
+    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstUserInfo, LOGIN_OPENING, &pstRoot, ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
@@ -711,9 +699,9 @@ uint32_t XmlParseAtriumSearchResult(const char *pcXmlBody, tagLOGIN_S_ATRIUM_SEA
     _NODE *pstRoot = nullptr;
 
     /* No argument check: the login service never passes null here. */
-    const uint32_t uiRet = KTL_XML_Parse(pcXmlBody, &pstRoot);
+    const uint32_t uiRet = AtriumParseAnswer(pcXmlBody, "atrium: KTL_XML_Parse failed errno=[0x%x]!",
+                                             ATRIUM_PARSE_CODE, &pstRoot, ATRIUM_HERE);
     if (uiRet != 0) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: KTL_XML_Parse failed errno=[0x%x]!", uiRet);
         return uiRet;
     }
     _NODE *pstServiceTp = FindElement(pstRoot, "UserInfo.servicetp", ATRIUM_HERE);
@@ -759,12 +747,10 @@ uint32_t XmlParseAtriumTokenInfo(const char *pcXmlBody, tagLOGIN_S_ATRIUM_TOKEN_
     _NODE *pstNode = nullptr;
     char *pcValue = nullptr;
 
-    if (pcXmlBody == nullptr || pstTokenInfo == nullptr) {
-        return RESULT_NULL_ARGUMENT;
-    }
-    uint32_t uiRet = KTL_XML_Parse(pcXmlBody, &pstRoot);
+    /* This answer's argument check is silent. */
+    const AtriumOpening stOpening = {nullptr, "Parse XMLBody failed : %u !!", ATRIUM_PARSE_CODE};
+    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstTokenInfo, stOpening, &pstRoot, ATRIUM_HERE);
     if (uiRet != 0) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Parse XMLBody failed : %u !!", uiRet);
         return uiRet;
     }
     uiRet = XML_D_GET_NODEVALUE_BYURI(pstRoot, TOKEN_INFO_TOKEN_PATH, &pstNode, &pcValue);
@@ -852,13 +838,10 @@ uint32_t XmlParseAtriumRightConfig(const char *pcXmlBody, const char *pcFileName
     _NODE *pstNode = nullptr;
     char *pcProfile = nullptr;
 
-    if (pcXmlBody == nullptr || pstConfigResult == nullptr) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: pcXmlBody or pstConfigResult is null");
-        return RESULT_NULL_ARGUMENT;
-    }
-    uint32_t uiRet = KTL_XML_Parse(pcXmlBody, &pstRoot);
+    const AtriumOpening stOpening = {"atrium: pcXmlBody or pstConfigResult is null",
+                                     "atrium: Parse XMLBody failed : %d !!", ATRIUM_PARSE_CODE};
+    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstConfigResult, stOpening, &pstRoot, ATRIUM_HERE);
     if (uiRet != 0) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: Parse XMLBody failed : %d !!", static_cast<int>(uiRet));
         return uiRet;
     }
     (void)AtriumReadValueKeys(pstRoot, g_astRightConfigRetCode, pstConfigResult, ATRIUM_HERE);

@@ -66,9 +66,9 @@ const uint32_t JSON_SCAN_KEY_TAIL = 2;
 uint32_t XmlGetSoapBodyNode(const char *pcXmlBody, uint32_t /* uiLen: not used */, _NODE **ppstRoot,
                             _NODE **ppstEnvelope, _NODE **ppstBody)
 {
-    uint32_t uiRet = KTL_XML_Parse(pcXmlBody, ppstRoot);
+    uint32_t uiRet = AtriumParseAnswer(pcXmlBody, "GetEndPointMessageJson: KTL_XML_Parse failed errno=[0x%x]!",
+                                       ATRIUM_PARSE_CODE, ppstRoot, ATRIUM_HERE);
     if (uiRet != 0) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "GetEndPointMessageJson: KTL_XML_Parse failed errno=[0x%x]!", uiRet);
         return uiRet;
     }
     uiRet = KTL_XML_GetNodeByUrl(*ppstRoot, "Envelope", ppstEnvelope);
