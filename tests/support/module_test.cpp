@@ -5,6 +5,8 @@
 
 #include <arpa/inet.h>
 
+#include <cstdarg>
+#include <cstdio>
 #include <fstream>
 #include <sstream>
 
@@ -196,4 +198,40 @@ std::string DescribeLiveBlocks()
     std::string strText;
     KOSA_MemForEachLive(&DescribeOneBlock, &strText);
     return strText;
+}
+
+/* ---- helpers for expected values ----------------------------------------------------- */
+
+std::string Format(const char *pcFormat, ...)
+{
+    va_list args;
+    va_start(args, pcFormat);
+    va_list argsAgain;
+    va_copy(argsAgain, args);
+    const int iLength = std::vsnprintf(nullptr, 0, pcFormat, args);
+    va_end(args);
+    std::string strText(iLength > 0 ? static_cast<size_t>(iLength) : 0, '\0');
+    if (iLength > 0) {
+        std::vsnprintf(&strText[0], strText.size() + 1, pcFormat, argsAgain);
+    }
+    va_end(argsAgain);
+    return strText;
+}
+
+std::string UrlMissText(const std::string &strPath)
+{
+    return Format("KTL_XML_GetNodeByUrl %s failed=0x%x", strPath.c_str(), KTL_XML_ERR_NOT_FOUND);
+}
+
+std::string UrlMiss(const std::string &strPath)
+{
+    return "L1 " + UrlMissText(strPath);
+}
+
+uint32_t LibraryParseCode(const char *pcBody)
+{
+    _NODE *pstRoot = nullptr;
+    const uint32_t uiCode = KTL_XML_Parse(pcBody, &pstRoot);
+    KTL_XML_FreeNode(pstRoot);
+    return uiCode;
 }

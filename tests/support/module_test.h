@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstring>
 #include <map>
 #include <mutex>
 #include <string>
@@ -129,5 +130,33 @@ private:
 
 /* Describes the live memory blocks of the ledger, for failure messages. */
 std::string DescribeLiveBlocks();
+
+/* ---- helpers for expected values ----------------------------------------------------- */
+
+/* printf into a std::string. */
+std::string Format(const char *pcFormat, ...) __attribute__((format(printf, 1, 2)));
+
+/* The per-key step's trace for a path that does not resolve, without and with its level as
+ * TraceCapture::Texts() renders it: "KTL_XML_GetNodeByUrl <path> failed=0x1002". */
+std::string UrlMissText(const std::string &strPath);
+std::string UrlMiss(const std::string &strPath);
+
+/* The XML library's own code for a text it cannot parse (0 when it can). */
+uint32_t LibraryParseCode(const char *pcBody);
+
+/* A record whose every byte is a sentinel, so "left untouched" can be checked exactly. */
+template <typename Record>
+Record SentinelRecord(unsigned char ucByte = 0x5A)
+{
+    Record stRecord;
+    std::memset(&stRecord, ucByte, sizeof(stRecord));
+    return stRecord;
+}
+
+template <typename Record>
+bool SameBytes(const Record &stLeft, const Record &stRight)
+{
+    return std::memcmp(&stLeft, &stRight, sizeof(Record)) == 0;
+}
 
 #endif /* ATRIUM_XML_MODULE_TEST_H */

@@ -49,7 +49,7 @@ std::string Elements(const std::string &strName, uint32_t uiCount, const std::st
 /* A sentinel record whose dumped text fields still end in a terminator. */
 LoginRecord DumpSafeSentinel()
 {
-    LoginRecord stRecord = Sentinel<LoginRecord>();
+    LoginRecord stRecord = SentinelRecord<LoginRecord>();
     for (char *pcField : {stRecord.stProfile.acSupportMediaTypes, stRecord.stSip.acDomain, stRecord.stSip.acProxy,
                           stRecord.stEua.acAddress[0], stRecord.stEua.acBaseDN, stRecord.stEua.acUserName,
                           stRecord.stStg.acUserName, stRecord.stTms.acUserName}) {

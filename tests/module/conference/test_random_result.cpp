@@ -63,7 +63,7 @@ TEST_F(TandemRandomTest, EmptyOrNonNumericErrorCodeIsASuccess)
 
 TEST_F(TandemRandomTest, NullBodyYieldsTwo)
 {
-    RandomRecord stRecord = Sentinel<RandomRecord>();
+    RandomRecord stRecord = SentinelRecord<RandomRecord>();
     const RandomRecord stBefore = stRecord;
     EXPECT_EQ(XmlParseTandemRandomResult(nullptr, &stRecord), 2u);
     EXPECT_TRUE(SameBytes(stRecord, stBefore));
@@ -82,7 +82,7 @@ TEST_F(TandemRandomTest, TextThatIsNotXmlYieldsTheLibraryCodeWithThePortalPrefix
     for (const char *const *ppcBody = NotXmlBodies(); *ppcBody != nullptr; ++ppcBody) {
         m_traces.Clear();
         const uint32_t uiCode = LibraryParseCode(*ppcBody);
-        RandomRecord stRecord = Sentinel<RandomRecord>();
+        RandomRecord stRecord = SentinelRecord<RandomRecord>();
         const RandomRecord stBefore = stRecord;
 
         EXPECT_EQ(XmlParseTandemRandomResult(*ppcBody, &stRecord), uiCode) << *ppcBody;
@@ -96,7 +96,7 @@ TEST_F(TandemRandomTest, TextThatIsNotXmlYieldsTheLibraryCodeWithThePortalPrefix
 
 TEST_F(TandemRandomTest, MissingSiteUrlFailsWithOneAtLevelOne)
 {
-    RandomRecord stRecord = Sentinel<RandomRecord>();
+    RandomRecord stRecord = SentinelRecord<RandomRecord>();
     const RandomRecord stBefore = stRecord;
     const std::string strBody = ConfInfo("<errorCode>0</errorCode><random>abc</random>");
 
@@ -108,7 +108,7 @@ TEST_F(TandemRandomTest, MissingSiteUrlFailsWithOneAtLevelOne)
 
 TEST_F(TandemRandomTest, MissingRandomFailsWithOneAfterTheSiteUrlWasWritten)
 {
-    RandomRecord stRecord = Sentinel<RandomRecord>();
+    RandomRecord stRecord = SentinelRecord<RandomRecord>();
     const RandomRecord stBefore = stRecord;
     const std::string strBody = ConfInfo("<site_url>https://s</site_url><random></random>");
 
@@ -177,7 +177,7 @@ class TandemRandomErrorTest : public ModuleTest, public ::testing::WithParamInte
 
 TEST_P(TandemRandomErrorTest, ServerErrorIsMappedAndTheDocumentKept)
 {
-    RandomRecord stRecord = Sentinel<RandomRecord>();
+    RandomRecord stRecord = SentinelRecord<RandomRecord>();
     const RandomRecord stBefore = stRecord;
     const std::string strBody =
         ConfInfo(std::string("<errorCode>") + GetParam().pcText + "</errorCode>" + SITE_AND_RANDOM);

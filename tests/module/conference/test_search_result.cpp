@@ -184,7 +184,7 @@ TEST_F(TandemSearchTest, RecordWithFourEntriesGetsOneMoreAndTheWalkStops)
 
 TEST_F(TandemSearchTest, FullRecordIsNotWrittenBeyondItsEnd)
 {
-    SearchRecord stRecord = Sentinel<SearchRecord>();
+    SearchRecord stRecord = SentinelRecord<SearchRecord>();
     stRecord.uiSiteNum = 5;
     const SearchRecord stBefore = stRecord;
     const std::string strBody = ServiceTp(Sites(0, 2));
@@ -196,7 +196,7 @@ TEST_F(TandemSearchTest, FullRecordIsNotWrittenBeyondItsEnd)
 
 TEST_F(TandemSearchTest, EmptyServiceTpLeavesTheRecordUntouched)
 {
-    SearchRecord stRecord = Sentinel<SearchRecord>();
+    SearchRecord stRecord = SentinelRecord<SearchRecord>();
     stRecord.uiSiteNum = 0;
     const SearchRecord stBefore = stRecord;
     ASSERT_EQ(XmlParseTandemSearchResult(ServiceTp("").c_str(), &stRecord), 0u);
@@ -206,7 +206,7 @@ TEST_F(TandemSearchTest, EmptyServiceTpLeavesTheRecordUntouched)
 
 TEST_F(TandemSearchTest, AnswerWithAnotherRootYieldsZeroWithTheLookupTrace)
 {
-    SearchRecord stRecord = Sentinel<SearchRecord>();
+    SearchRecord stRecord = SentinelRecord<SearchRecord>();
     stRecord.uiSiteNum = 0;
     const SearchRecord stBefore = stRecord;
     const std::string strBody = "<UserInfo><servicetp>" + Site("1", "a.example") + "</servicetp></UserInfo>";
@@ -231,7 +231,7 @@ TEST_F(TandemSearchTest, TextThatIsNotXmlYieldsTheLibraryCode)
 
 TEST_F(TandemSearchTest, NullBodyYieldsTwo)
 {
-    SearchRecord stRecord = Sentinel<SearchRecord>();
+    SearchRecord stRecord = SentinelRecord<SearchRecord>();
     const SearchRecord stBefore = stRecord;
     EXPECT_EQ(XmlParseTandemSearchResult(nullptr, &stRecord), 2u);
     EXPECT_TRUE(SameBytes(stRecord, stBefore));

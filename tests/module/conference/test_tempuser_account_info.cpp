@@ -42,7 +42,7 @@ TEST_F(TempuserAccountTest, CompleteAccountFillsEveryField)
 
 TEST_F(TempuserAccountTest, EmptyConfParamTracesFiveMissesAndLeavesTheRecord)
 {
-    Account stAccount = Sentinel<Account>();
+    Account stAccount = SentinelRecord<Account>();
     const Account stBefore = stAccount;
 
     ASSERT_EQ(XmlParseTempuserAccountInfo("<ConfParam/>", &stAccount), 0u);
@@ -73,7 +73,7 @@ TEST_F(TempuserAccountTest, PasswordTypeIsConvertedInBaseZero)
 
 TEST_F(TempuserAccountTest, KeysAreMatchedWithTheirExactCase)
 {
-    Account stAccount = Sentinel<Account>();
+    Account stAccount = SentinelRecord<Account>();
     const Account stBefore = stAccount;
     const std::string strBody = AccountAnswer("<pwdtype>3</pwdtype><accessurl>a</accessurl>"
                                               "<secondaccessurl>b</secondaccessurl>");
@@ -121,7 +121,7 @@ TEST_F(TempuserAccountTest, TextFieldsTakeTwoHundredFiftyFiveCharacters)
 
 TEST_F(TempuserAccountTest, NullArgumentsYieldTwoWithTheBlankAfterThePrefix)
 {
-    Account stAccount = Sentinel<Account>();
+    Account stAccount = SentinelRecord<Account>();
     const Account stBefore = stAccount;
     EXPECT_EQ(XmlParseTempuserAccountInfo(nullptr, &stAccount), 2u);
     EXPECT_EQ(XmlParseTempuserAccountInfo(AccountAnswer("").c_str(), nullptr), 2u);
@@ -136,7 +136,7 @@ TEST_F(TempuserAccountTest, TextThatIsNotXmlYieldsFive)
         m_traces.Clear();
         const uint32_t uiCode = LibraryParseCode(*ppcBody);
         ASSERT_NE(uiCode, 5u);
-        Account stAccount = Sentinel<Account>();
+        Account stAccount = SentinelRecord<Account>();
         const Account stBefore = stAccount;
         EXPECT_EQ(XmlParseTempuserAccountInfo(*ppcBody, &stAccount), 5u) << *ppcBody;
         EXPECT_TRUE(SameBytes(stAccount, stBefore));

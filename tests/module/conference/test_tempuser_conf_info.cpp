@@ -54,7 +54,7 @@ TEST_F(TempuserConfInfoTest, DetailedBlockFillsTheSevenFields)
 
 TEST_F(TempuserConfInfoTest, DetailedBlockLeavesTheSipIdentityUntouched)
 {
-    TempUser stUser = Sentinel<TempUser>();
+    TempUser stUser = SentinelRecord<TempUser>();
     const TempUser stBefore = stUser;
     ASSERT_EQ(XmlParseTempuserConfInfo(ConfParam(FULL_CONFINFO).c_str(), &stUser), 0u);
     EXPECT_EQ(0, std::memcmp(&stUser, &stBefore, offsetof(TempUser, acAccessCode)));
@@ -76,7 +76,7 @@ TEST_F(TempuserConfInfoTest, UserRoleIsConvertedInBaseZero)
 
 TEST_F(TempuserConfInfoTest, EmptyDetailedBlockTracesSevenMissesInOrder)
 {
-    TempUser stUser = Sentinel<TempUser>();
+    TempUser stUser = SentinelRecord<TempUser>();
     const TempUser stBefore = stUser;
 
     ASSERT_EQ(XmlParseTempuserConfInfo(ConfParam("<ConfInfo/>").c_str(), &stUser), 0u);
@@ -107,7 +107,7 @@ TEST_F(TempuserConfInfoTest, ConfIdOfFullCapacityIsLeftEmptyAndParsingGoesOn)
 
 TEST_F(TempuserConfInfoTest, DetailedParserWithNullArgumentsYieldsTwo)
 {
-    TempUser stUser = Sentinel<TempUser>();
+    TempUser stUser = SentinelRecord<TempUser>();
     const TempUser stBefore = stUser;
     EXPECT_EQ(XmlParseTempuserConfInfo(nullptr, &stUser), 2u);
     EXPECT_EQ(XmlParseTempuserConfInfo(ConfParam(FULL_CONFINFO).c_str(), nullptr), 2u);
@@ -133,7 +133,7 @@ TEST_F(TempuserConfInfoTest, DetailedParserReportsTextThatIsNotXmlAsFive)
 
 TEST_F(TempuserConfInfoTest, ShortFormFillsTheThreeFlatKeys)
 {
-    TempUser stUser = Sentinel<TempUser>();
+    TempUser stUser = SentinelRecord<TempUser>();
     const TempUser stBefore = stUser;
 
     ASSERT_EQ(XmlParseBigParamConfInfo(ConfParam(SHORT_FORM).c_str(), &stUser), 0u);
@@ -162,7 +162,7 @@ TEST_F(TempuserConfInfoTest, ShortFormWithoutConfPassTracesOneMiss)
 
 TEST_F(TempuserConfInfoTest, EmptyShortFormTracesThreeMisses)
 {
-    TempUser stUser = Sentinel<TempUser>();
+    TempUser stUser = SentinelRecord<TempUser>();
     const TempUser stBefore = stUser;
     ASSERT_EQ(XmlParseBigParamConfInfo(ConfParam("").c_str(), &stUser), 0u);
     EXPECT_TRUE(SameBytes(stUser, stBefore));
@@ -198,7 +198,7 @@ TEST_F(TempuserConfInfoTest, DetailedBlockWinsOverFlatKeys)
 
 TEST_F(TempuserConfInfoTest, LargeParameterParserWithNullArgumentsYieldsTwo)
 {
-    TempUser stUser = Sentinel<TempUser>();
+    TempUser stUser = SentinelRecord<TempUser>();
     const TempUser stBefore = stUser;
     EXPECT_EQ(XmlParseBigParamConfInfo(nullptr, &stUser), 2u);
     EXPECT_EQ(XmlParseBigParamConfInfo(ConfParam(SHORT_FORM).c_str(), nullptr), 2u);

@@ -155,7 +155,7 @@ TEST_F(TempuserServiceTpTest, PortalAddressAlreadyHeldIsNotOverwritten)
 
 TEST_F(TempuserServiceTpTest, OnlyTheSiteFieldsOfTheRecordAreWritten)
 {
-    TempUser stUser = Sentinel<TempUser>();
+    TempUser stUser = SentinelRecord<TempUser>();
     stUser.acAtriumUri[0] = '\0';
     const TempUser stBefore = stUser;
     const std::string strBody = ReadTestFile("conference/guest-servicetp.xml");
@@ -253,7 +253,7 @@ TEST_F(TempuserServiceTpTest, SecondCallOverwritesTheEarlierCopyWithoutFreeingIt
 
 TEST_F(TempuserServiceTpTest, NullArgumentsYieldTwo)
 {
-    TempUser stUser = Sentinel<TempUser>();
+    TempUser stUser = SentinelRecord<TempUser>();
     const TempUser stBefore = stUser;
     const std::string strBody = SiteList(Site("s", GUEST_KEY, 1));
 

@@ -48,7 +48,7 @@ TEST_F(TempuserSipInfoTest, CompleteIdentityFillsTheEightFields)
 
 TEST_F(TempuserSipInfoTest, IdentityLeavesTheOtherFieldsUntouched)
 {
-    TempUser stUser = Sentinel<TempUser>();
+    TempUser stUser = SentinelRecord<TempUser>();
     const TempUser stBefore = stUser;
     ASSERT_EQ(XmlParseTandemTempuserSipInfo(ConfParam(FULL_SIPINFO).c_str(), &stUser), 0u);
     EXPECT_EQ(0, std::memcmp(stUser.acAtriumUri, stBefore.acAtriumUri,
@@ -57,7 +57,7 @@ TEST_F(TempuserSipInfoTest, IdentityLeavesTheOtherFieldsUntouched)
 
 TEST_F(TempuserSipInfoTest, ErrorCodeZeroRefusesEvenWithACompleteIdentity)
 {
-    TempUser stUser = Sentinel<TempUser>();
+    TempUser stUser = SentinelRecord<TempUser>();
     const TempUser stBefore = stUser;
     const std::string strBody = ConfParam("<errorCode>0</errorCode>" + FULL_SIPINFO);
     ExpectDocumentsKept(1);
@@ -71,7 +71,7 @@ TEST_F(TempuserSipInfoTest, ErrorCodeZeroRefusesEvenWithACompleteIdentity)
 
 TEST_F(TempuserSipInfoTest, ErrorCode404YieldsThirtyFourAndKeepsTheDocument)
 {
-    TempUser stUser = Sentinel<TempUser>();
+    TempUser stUser = SentinelRecord<TempUser>();
     const TempUser stBefore = stUser;
     ExpectDocumentsKept(1);
 
@@ -182,7 +182,7 @@ TEST_F(TempuserSipInfoTest, FieldCapacitiesAreThoseOfTheRecord)
 
 TEST_F(TempuserSipInfoTest, EmptyConfParamTracesEightMissesAndClearsOnlyTheFlag)
 {
-    TempUser stUser = Sentinel<TempUser>();
+    TempUser stUser = SentinelRecord<TempUser>();
     const TempUser stBefore = stUser;
 
     ASSERT_EQ(XmlParseTandemTempuserSipInfo(ConfParam("").c_str(), &stUser), 0u);
@@ -222,7 +222,7 @@ TEST_F(TempuserSipInfoTest, EmptyElementsCountAsMissing)
 
 TEST_F(TempuserSipInfoTest, NullBodyYieldsTwo)
 {
-    TempUser stUser = Sentinel<TempUser>();
+    TempUser stUser = SentinelRecord<TempUser>();
     const TempUser stBefore = stUser;
     EXPECT_EQ(XmlParseTandemTempuserSipInfo(nullptr, &stUser), 2u);
     EXPECT_TRUE(SameBytes(stUser, stBefore));
@@ -240,7 +240,7 @@ TEST_F(TempuserSipInfoTest, TextThatIsNotXmlYieldsTheLibraryCodeWithThePortalPre
     for (const char *const *ppcBody = NotXmlBodies(); *ppcBody != nullptr; ++ppcBody) {
         m_traces.Clear();
         const uint32_t uiCode = LibraryParseCode(*ppcBody);
-        TempUser stUser = Sentinel<TempUser>();
+        TempUser stUser = SentinelRecord<TempUser>();
         const TempUser stBefore = stUser;
         EXPECT_EQ(XmlParseTandemTempuserSipInfo(*ppcBody, &stUser), uiCode) << *ppcBody;
         EXPECT_GT(uiCode, 255u);

@@ -47,7 +47,7 @@ TEST_F(TandemVersionTest, CompleteAnswerFillsTheThreeFields)
 
 TEST_F(TandemVersionTest, NullBodyYieldsTwoAndNamesBothPointers)
 {
-    VersionRecord stRecord = Sentinel<VersionRecord>();
+    VersionRecord stRecord = SentinelRecord<VersionRecord>();
     const VersionRecord stBefore = stRecord;
     EXPECT_EQ(XmlParseGetTandemVersionResult(nullptr, &stRecord), 2u);
     EXPECT_TRUE(SameBytes(stRecord, stBefore));
@@ -67,7 +67,7 @@ TEST_F(TandemVersionTest, TextThatIsNotXmlYieldsFiveWhateverTheLibrarySaid)
         m_traces.Clear();
         const uint32_t uiCode = LibraryParseCode(*ppcBody);
         ASSERT_NE(uiCode, 5u);
-        VersionRecord stRecord = Sentinel<VersionRecord>();
+        VersionRecord stRecord = SentinelRecord<VersionRecord>();
         const VersionRecord stBefore = stRecord;
 
         EXPECT_EQ(XmlParseGetTandemVersionResult(*ppcBody, &stRecord), 5u) << *ppcBody;
@@ -80,7 +80,7 @@ TEST_F(TandemVersionTest, TextThatIsNotXmlYieldsFiveWhateverTheLibrarySaid)
 
 TEST_F(TandemVersionTest, MissingResultElementYieldsTheLookupCode)
 {
-    VersionRecord stRecord = Sentinel<VersionRecord>();
+    VersionRecord stRecord = SentinelRecord<VersionRecord>();
     const VersionRecord stBefore = stRecord;
     const std::string strBody = "<versionResult><versionNumber>1.0</versionNumber></versionResult>";
 
@@ -103,7 +103,7 @@ TEST_F(TandemVersionTest, AnswerWithAnotherRootYieldsTheLookupCode)
 
 TEST_F(TandemVersionTest, MissingResultCodeYieldsTheLookupCodeAndWritesNothing)
 {
-    VersionRecord stRecord = Sentinel<VersionRecord>();
+    VersionRecord stRecord = SentinelRecord<VersionRecord>();
     const VersionRecord stBefore = stRecord;
     const std::string strBody =
         VersionAnswer("<resultDesc>success</resultDesc>", "<versionNumber>1.0</versionNumber>");
@@ -116,7 +116,7 @@ TEST_F(TandemVersionTest, MissingResultCodeYieldsTheLookupCodeAndWritesNothing)
 
 TEST_F(TandemVersionTest, MissingResultDescYieldsTheLookupCodeWithTheCodeWritten)
 {
-    VersionRecord stRecord = Sentinel<VersionRecord>();
+    VersionRecord stRecord = SentinelRecord<VersionRecord>();
     const VersionRecord stBefore = stRecord;
     const std::string strBody = VersionAnswer("<resultCode>0x10</resultCode>", "<versionNumber>1.0</versionNumber>");
 
@@ -189,7 +189,7 @@ TEST_F(TandemVersionTest, ResultDescOfFullCapacityIsLeftEmpty)
 TEST_F(TandemVersionTest, EmptyElementsPassAndStoreZeroAndEmptyText)
 {
     /* The decision rests on the library's codes: an element without text is present. */
-    VersionRecord stRecord = Sentinel<VersionRecord>();
+    VersionRecord stRecord = SentinelRecord<VersionRecord>();
     const std::string strBody =
         VersionAnswer("<resultCode/><resultDesc></resultDesc>", "<versionNumber> </versionNumber>");
 

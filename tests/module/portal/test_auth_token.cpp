@@ -15,17 +15,6 @@ namespace {
 
 class AuthTokenTest : public ModuleTest {
 protected:
-    /* A record whose every byte is a sentinel, so "untouched" can be checked exactly. */
-    static tagLOGIN_S_ATRIUM_USER_INFO SentinelRecord()
-    {
-        tagLOGIN_S_ATRIUM_USER_INFO stUser;
-        std::memset(&stUser, 0x5A, sizeof(stUser));
-        return stUser;
-    }
-    static bool SameBytes(const tagLOGIN_S_ATRIUM_USER_INFO &a, const tagLOGIN_S_ATRIUM_USER_INFO &b)
-    {
-        return std::memcmp(&a, &b, sizeof(a)) == 0;
-    }
     static std::string Answer(const std::string &strInner)
     {
         return "<?xml version=\"1.0\"?><UserInfo>" + strInner + "</UserInfo>";
@@ -34,13 +23,6 @@ protected:
     {
         return "<LoginToken><AccessToken>" + strToken + "</AccessToken><ExpireIn>" + strExpire +
                "</ExpireIn></LoginToken>";
-    }
-    static std::string UrlMiss(const std::string &strPath)
-    {
-        char acText[256];
-        std::snprintf(acText, sizeof(acText), "KTL_XML_GetNodeByUrl %s failed=0x%x", strPath.c_str(),
-                      KTL_XML_ERR_NOT_FOUND);
-        return acText;
     }
 };
 
@@ -74,7 +56,7 @@ TEST_F(AuthTokenTest, BundledSampleParses)
 
 TEST_F(AuthTokenTest, OnlyTokenAndLifetimeLeavesOptionalFieldsAsGiven)
 {
-    tagLOGIN_S_ATRIUM_USER_INFO stUser = SentinelRecord();
+    tagLOGIN_S_ATRIUM_USER_INFO stUser = SentinelRecord<tagLOGIN_S_ATRIUM_USER_INFO>();
     tagLOGIN_S_ATRIUM_USER_INFO stBefore = stUser;
     std::string strBody = Answer(Token("abc", "60"));
 
@@ -89,8 +71,8 @@ TEST_F(AuthTokenTest, OnlyTokenAndLifetimeLeavesOptionalFieldsAsGiven)
     EXPECT_EQ(stUser.uiPwdExpireTime, stBefore.uiPwdExpireTime);
     /* Optional keys cost only the per-key level-1 traces, no "Not Find" message. */
     EXPECT_THAT(m_traces.Texts(),
-                ElementsAre("L1 " + UrlMiss("UserInfo.RealUserAccount"), "L1 " + UrlMiss("UserInfo.FirstLogin"),
-                            "L1 " + UrlMiss("UserInfo.PWDExpireTime")));
+                ElementsAre(UrlMiss("UserInfo.RealUserAccount"), UrlMiss("UserInfo.FirstLogin"),
+                            UrlMiss("UserInfo.PWDExpireTime")));
 }
 
 TEST_F(AuthTokenTest, MissTracesNameTheParserAndShareOneLinePerKey)
@@ -151,20 +133,20 @@ TEST_F(AuthTokenTest, PasswordExpiryIsConvertedInBaseZero)
 
 TEST_F(AuthTokenTest, MissingTokenFailsWithOneAndLeavesRecordUntouched)
 {
-    tagLOGIN_S_ATRIUM_USER_INFO stUser = SentinelRecord();
+    tagLOGIN_S_ATRIUM_USER_INFO stUser = SentinelRecord<tagLOGIN_S_ATRIUM_USER_INFO>();
     const tagLOGIN_S_ATRIUM_USER_INFO stBefore = stUser;
     std::string strBody = Answer("<LoginToken><ExpireIn>60</ExpireIn></LoginToken>");
 
     EXPECT_EQ(XmlParseAtriumAuthToken(strBody.c_str(), &stUser), 1u);
 
     EXPECT_TRUE(SameBytes(stUser, stBefore));
-    EXPECT_THAT(m_traces.Texts(), ElementsAre("L1 " + UrlMiss("UserInfo.LoginToken.AccessToken"),
+    EXPECT_THAT(m_traces.Texts(), ElementsAre(UrlMiss("UserInfo.LoginToken.AccessToken"),
                                               "L0 Not Find the AccessToKen"));
 }
 
 TEST_F(AuthTokenTest, EmptyTokenElementCountsAsMissing)
 {
-    tagLOGIN_S_ATRIUM_USER_INFO stUser = SentinelRecord();
+    tagLOGIN_S_ATRIUM_USER_INFO stUser = SentinelRecord<tagLOGIN_S_ATRIUM_USER_INFO>();
     const tagLOGIN_S_ATRIUM_USER_INFO stBefore = stUser;
     for (const char *pcToken : {"<AccessToken></AccessToken>", "<AccessToken/>", "<AccessToken>  \n </AccessToken>"}) {
         m_traces.Clear();
@@ -188,7 +170,7 @@ TEST_F(AuthTokenTest, MissingLifetimeFailsWithOneAfterTheTokenWasCopied)
     EXPECT_STREQ(stUser.acAccessToken, "tok");
     EXPECT_STREQ(stUser.acRealUserAccount, "") << "keys after the failure are not read";
     EXPECT_EQ(stUser.uiDeployMode, 0u);
-    EXPECT_THAT(m_traces.Texts(), ElementsAre("L1 " + UrlMiss("UserInfo.LoginToken.ExpireIn"),
+    EXPECT_THAT(m_traces.Texts(), ElementsAre(UrlMiss("UserInfo.LoginToken.ExpireIn"),
                                               "L0 Not Find the ExpireIn"));
 }
 
@@ -219,7 +201,7 @@ TEST_F(AuthTokenTest, ValueTooLongForItsFieldLeavesItEmptyAndParsingGoesOn)
 
 TEST_F(AuthTokenTest, NullBodyYieldsTwoAndTouchesNothing)
 {
-    tagLOGIN_S_ATRIUM_USER_INFO stUser = SentinelRecord();
+    tagLOGIN_S_ATRIUM_USER_INFO stUser = SentinelRecord<tagLOGIN_S_ATRIUM_USER_INFO>();
     const tagLOGIN_S_ATRIUM_USER_INFO stBefore = stUser;
     EXPECT_EQ(XmlParseAtriumAuthToken(nullptr, &stUser), 2u);
     EXPECT_TRUE(SameBytes(stUser, stBefore));
@@ -241,7 +223,7 @@ TEST_F(AuthTokenTest, TextThatIsNotXmlYieldsTheLibraryCodeUnchanged)
         _NODE *pstRoot = nullptr;
         const uint32_t uiLibraryCode = KTL_XML_Parse(pcBody, &pstRoot);
         ASSERT_NE(uiLibraryCode, 0u) << pcBody;
-        tagLOGIN_S_ATRIUM_USER_INFO stUser = SentinelRecord();
+        tagLOGIN_S_ATRIUM_USER_INFO stUser = SentinelRecord<tagLOGIN_S_ATRIUM_USER_INFO>();
         const tagLOGIN_S_ATRIUM_USER_INFO stBefore = stUser;
 
         EXPECT_EQ(XmlParseAtriumAuthToken(pcBody, &stUser), uiLibraryCode) << pcBody;

@@ -314,7 +314,7 @@ TEST_F(RightConfigTest, TextThatIsNotXmlYieldsTheLibraryCodeUnchanged)
 {
     for (const char *pcBody : {"", "<root><retcode>0</retcode>", "denied"}) {
         m_traces.Clear();
-        const uint32_t uiLibraryCode = ParseCodeOf(pcBody);
+        const uint32_t uiLibraryCode = LibraryParseCode(pcBody);
         ASSERT_GT(uiLibraryCode, 255u) << pcBody;
         tagLOGIN_S_ATRIUM_RIGHT_CONFIG stConfig = SentinelRecord<tagLOGIN_S_ATRIUM_RIGHT_CONFIG>();
         const tagLOGIN_S_ATRIUM_RIGHT_CONFIG stBefore = stConfig;

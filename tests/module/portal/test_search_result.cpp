@@ -226,7 +226,7 @@ TEST_F(SearchResultTest, TextThatIsNotXmlYieldsTheLibraryCodeUnchanged)
 {
     for (const char *pcBody : {"", "<UserInfo>", "search failed"}) {
         m_traces.Clear();
-        const uint32_t uiLibraryCode = ParseCodeOf(pcBody);
+        const uint32_t uiLibraryCode = LibraryParseCode(pcBody);
         ASSERT_GT(uiLibraryCode, 255u) << pcBody;
         tagLOGIN_S_ATRIUM_SEARCH_RESULT stResult = SentinelRecord<tagLOGIN_S_ATRIUM_SEARCH_RESULT>();
         const tagLOGIN_S_ATRIUM_SEARCH_RESULT stBefore = stResult;

@@ -366,7 +366,7 @@ TEST_F(ServerListTest, TextThatIsNotXmlYieldsTheLibraryCodeUnchanged)
 {
     for (const char *pcBody : {"", "<servicetp>", "busy"}) {
         m_traces.Clear();
-        const uint32_t uiLibraryCode = ParseCodeOf(pcBody);
+        const uint32_t uiLibraryCode = LibraryParseCode(pcBody);
         ASSERT_GT(uiLibraryCode, 255u) << pcBody;
         tagLOGIN_S_ATRIUM_USER_INFO stUser = SentinelRecord<tagLOGIN_S_ATRIUM_USER_INFO>();
         const tagLOGIN_S_ATRIUM_USER_INFO stBefore = stUser;

@@ -174,7 +174,7 @@ TEST_F(TokenInfoTest, TextThatIsNotXmlYieldsTheLibraryCodeWithItsOwnMessage)
 {
     for (const char *pcBody : {"", "<UserInfo><LoginToken>", "token"}) {
         m_traces.Clear();
-        const uint32_t uiLibraryCode = ParseCodeOf(pcBody);
+        const uint32_t uiLibraryCode = LibraryParseCode(pcBody);
         ASSERT_GT(uiLibraryCode, 255u) << pcBody;
         tagLOGIN_S_ATRIUM_TOKEN_INFO stInfo = SentinelRecord<tagLOGIN_S_ATRIUM_TOKEN_INFO>();
         const tagLOGIN_S_ATRIUM_TOKEN_INFO stBefore = stInfo;

@@ -12,23 +12,6 @@
 
 #include "module_test.h"
 
-/* "KTL_XML_GetNodeByUrl <path> failed=0x1002", as the per-key step traces a missing key. */
-inline std::string UrlMiss(const std::string &strPath)
-{
-    char acText[256];
-    std::snprintf(acText, sizeof(acText), "KTL_XML_GetNodeByUrl %s failed=0x%x", strPath.c_str(),
-                  KTL_XML_ERR_NOT_FOUND);
-    return acText;
-}
-
-/* printf into a std::string (trace texts with codes). */
-inline std::string Format(const char *pcFormat, uint32_t uiCode)
-{
-    char acText[256];
-    std::snprintf(acText, sizeof(acText), pcFormat, uiCode);
-    return acText;
-}
-
 /* A body a builder handed over: freed with the platform's free routine when the test's
  * scope ends, before the fixture counts the live blocks. */
 struct OwnedBody {

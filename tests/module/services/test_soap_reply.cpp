@@ -560,7 +560,7 @@ TEST_F(SiteInfoTest, MissingErrCodeYieldsTheLookupCode)
 
     EXPECT_TRUE(SameBytes(stResult, stBefore));
     EXPECT_THAT(m_traces.Texts(),
-                ElementsAre("L1 " + UrlMiss("GetEndPointMessageJsonResult.ErrCode"),
+                ElementsAre(UrlMiss("GetEndPointMessageJsonResult.ErrCode"),
                             Format("L0 GetEndPointMessageJson: get node [ErrCode] failed errno=[0x%x]!",
                                    KTL_XML_ERR_NOT_FOUND)));
 }
@@ -633,7 +633,7 @@ TEST_F(SiteInfoTest, MissingResultTextReturnsZeroWithNoResultTrace)
 
     EXPECT_EQ(stResult.uiErrCode, 0u);
     EXPECT_THAT(m_traces.Texts(),
-                ElementsAre("L1 " + UrlMiss("GetEndPointMessageJsonResponse.result"), "L0 no result"));
+                ElementsAre(UrlMiss("GetEndPointMessageJsonResponse.result"), "L0 no result"));
 }
 
 TEST_F(SiteInfoTest, EmptyResultElementCountsAsMissing)

@@ -41,30 +41,6 @@ private:
     uint32_t m_uiCode = 0;
 };
 
-/* "L1 KTL_XML_GetNodeByUrl <path> failed=0x1002": the per-key step's lookup miss. */
-inline std::string UrlMiss(const std::string &strPath)
-{
-    char acText[300];
-    std::snprintf(acText, sizeof(acText), "L1 KTL_XML_GetNodeByUrl %s failed=0x%x", strPath.c_str(),
-                  KTL_XML_ERR_NOT_FOUND);
-    return acText;
-}
-
-/* A record whose every byte is a sentinel, so "left as it was" can be checked exactly. */
-template <typename T>
-T SentinelRecord(unsigned char ucByte = 0x5A)
-{
-    T stRecord;
-    std::memset(&stRecord, ucByte, sizeof(stRecord));
-    return stRecord;
-}
-
-template <typename T>
-bool SameBytes(const T &a, const T &b)
-{
-    return std::memcmp(&a, &b, sizeof(T)) == 0;
-}
-
 /* True when every byte of a field still holds the sentinel (the field was never written). */
 inline bool FieldIsSentinel(const char *pcField, size_t uiSize, unsigned char ucByte = 0x5A)
 {
