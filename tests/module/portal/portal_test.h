@@ -26,6 +26,20 @@ inline std::vector<std::string> TextsOf(const TraceCapture &traces, const std::s
     return vecTexts;
 }
 
+/* Frees what a portal parser hands the caller (selected site, SIP server list, extra
+ * parameters), as the login service does, and clears the pointers. */
+inline void ReleaseHandedOver(tagLOGIN_S_ATRIUM_USER_INFO &stUser)
+{
+    if (stUser.pstSiteInfo != nullptr) {
+        freeSiteMem(stUser.pstSiteInfo, 1);
+        stUser.pstSiteInfo = nullptr;
+    }
+    KOSA_MemFreeD(stUser.stSipServerList.pstServer, __LINE__, __FILE__);
+    stUser.stSipServerList.pstServer = nullptr;
+    KOSA_MemFreeD(stUser.pstExtraParm, __LINE__, __FILE__);
+    stUser.pstExtraParm = nullptr;
+}
+
 } // namespace portal_test
 
 #endif /* ATRIUM_XML_PORTAL_TEST_H */

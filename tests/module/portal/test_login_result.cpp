@@ -37,18 +37,6 @@ protected:
         ModuleTest::TearDown();
     }
 
-    /* What the caller frees after a parse: selected site, SIP server list, extra parameters. */
-    static void ReleaseHandedOver(tagLOGIN_S_ATRIUM_USER_INFO &stUser)
-    {
-        if (stUser.pstSiteInfo != nullptr) {
-            freeSiteMem(stUser.pstSiteInfo, 1);
-            stUser.pstSiteInfo = nullptr;
-        }
-        KOSA_MemFreeD(stUser.stSipServerList.pstServer, __LINE__, __FILE__);
-        stUser.stSipServerList.pstServer = nullptr;
-        KOSA_MemFreeD(stUser.pstExtraParm, __LINE__, __FILE__);
-        stUser.pstExtraParm = nullptr;
-    }
 
     static std::string Token()
     {

@@ -35,15 +35,6 @@ protected:
         ModuleTest::TearDown();
     }
 
-    static void ReleaseHandedOver(tagLOGIN_S_ATRIUM_USER_INFO &stUser)
-    {
-        if (stUser.pstSiteInfo != nullptr) {
-            freeSiteMem(stUser.pstSiteInfo, 1);
-            stUser.pstSiteInfo = nullptr;
-        }
-        KOSA_MemFreeD(stUser.stSipServerList.pstServer, __LINE__, __FILE__);
-        stUser.stSipServerList.pstServer = nullptr;
-    }
 
     static std::string Answer(const std::string &strInner)
     {
