@@ -122,6 +122,7 @@ TEST_F(ServerListTest, OnlyTheSipAccountAndSiteFieldsAreWritten)
     stExpected.stSipServerList = stUser.stSipServerList;
     EXPECT_TRUE(SameBytes(stUser, stExpected));
     EXPECT_EQ(stUser.bSiteInfoValid, 1u);
+    stUser.pstExtraParm = nullptr; /* still the sentinel: this answer hands over no extra parameters */
     ReleaseHandedOver(stUser);
 }
 
