@@ -39,6 +39,8 @@ install(FILES ${PROJECT_BINARY_DIR}/atrium_xmlConfig.cmake
               ${PROJECT_BINARY_DIR}/atrium_xmlConfigVersion.cmake
         DESTINATION ${ATRIUM_XML_CMAKEDIR})
 
+# The .pc file finds the prefix from its own place, so the installation can be moved.
+file(RELATIVE_PATH ATRIUM_XML_PC_TO_PREFIX "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
 configure_file(${PROJECT_SOURCE_DIR}/cmake/atrium_xml.pc.in
                ${PROJECT_BINARY_DIR}/atrium_xml.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/atrium_xml.pc
