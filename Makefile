@@ -51,3 +51,98 @@ tidy: build
 
 clean:
 	rm -rf $(BUILD) $(ASAN_BUILD)
+
+# ---- hardening (docs/robustness.md) ------------------------------------------------------
+#   make fuzz       each fuzz target for FUZZ_SECONDS (default 600), one after the other
+#   make fuzz-ci    every fuzz target for FUZZ_CI_SECONDS (default 40; all under 5 minutes)
+#   make valgrind   every unit test under valgrind memcheck (tests/valgrind.supp)
+#   make tsan       the concurrency test under ThreadSanitizer
+#   make coverage   a --coverage build, the unit tests, and gcovr over the module
+FUZZ_BUILD      ?= build-fuzz
+FUZZ_SECONDS    ?= 600
+FUZZ_CI_SECONDS ?= 40
+FUZZ_TARGETS    ?= fuzz_portal fuzz_conference fuzz_soap fuzz_json fuzz_sites fuzz_ktl_xml
+VALGRIND_BUILD  ?= build-valgrind
+TSAN_BUILD      ?= build-tsan
+COVERAGE_BUILD  ?= build-coverage
+
+FUZZ_ENV = ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1 \
+           UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 LOGIN_TRACE_LEVEL=off
+FUZZ_FLAGS = -dict=fuzz/atrium.dict -max_len=65536 -timeout=10 -rss_limit_mb=2048 -print_final_stats=1
+VALGRIND_FLAGS = --quiet --error-exitcode=99 --num-callers=40 --leak-check=full --show-leak-kinds=definite,indirect,possible \
+                 --errors-for-leak-kinds=definite,indirect,possible --suppressions=tests/valgrind.supp
+
+.PHONY: fuzz-build fuzz fuzz-ci valgrind tsan coverage
+
+fuzz-build: deps
+	CC=clang CXX=clang++ cmake -S . -G Ninja -B $(FUZZ_BUILD) -DCMAKE_BUILD_TYPE=Debug \
+	  -DATRIUM_XML_BUILD_FUZZ=ON -DATRIUM_XML_SANITIZE=address,undefined -DATRIUM_XML_BUILD_TESTS=OFF \
+	  -DATRIUM_XML_BUILD_TOOLS=OFF -DATRIUM_XML_BUILD_EXAMPLES=OFF $(CMAKE_FLAGS)
+	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target fuzz_targets
+	rm -rf $(FUZZ_BUILD)/seeds && bash fuzz/make_corpus.sh $(FUZZ_BUILD)/seeds
+
+# New inputs go to $(FUZZ_BUILD)/corpus/<target> (kept between runs), findings to
+# $(FUZZ_BUILD)/artifacts/; a finding stops the run with a non-zero status.
+define run_fuzz_targets
+	@mkdir -p $(FUZZ_BUILD)/artifacts
+	@for target in $(FUZZ_TARGETS); do \
+	  mkdir -p $(FUZZ_BUILD)/corpus/$$target; \
+	  regressions=tests/hardening/regressions/$$target; [ -d $$regressions ] || regressions=; \
+	  echo "== $$target: $(1) s"; \
+	  $(FUZZ_ENV) $(FUZZ_BUILD)/fuzz/$$target $(FUZZ_FLAGS) -max_total_time=$(1) \
+	    -artifact_prefix=$(FUZZ_BUILD)/artifacts/$$target- \
+	    $(FUZZ_BUILD)/corpus/$$target $(FUZZ_BUILD)/seeds/$$target $$regressions \
+	    2>&1 | grep -E '^(#[0-9]+[[:space:]]+DONE|stat::|==[0-9]+==|SUMMARY|fuzz invariant|Test unit written)'; \
+	  test $${PIPESTATUS[0]} -eq 0 || exit 1; \
+	done
+endef
+
+fuzz: SHELL := /bin/bash
+fuzz: fuzz-build
+	$(call run_fuzz_targets,$(FUZZ_SECONDS))
+
+fuzz-ci: SHELL := /bin/bash
+fuzz-ci: fuzz-build
+	$(call run_fuzz_targets,$(FUZZ_CI_SECONDS))
+
+valgrind: deps
+	$(CONFIGURE) -B $(VALGRIND_BUILD) -DCMAKE_BUILD_TYPE=Debug
+	cmake --build $(VALGRIND_BUILD) -j $(JOBS)
+	@status=0; for test in $$(find $(VALGRIND_BUILD)/tests -name '*_tests' -type f -perm -u+x | sort); do \
+	  echo "== valgrind $$test"; \
+	  LOGIN_TRACE_LEVEL=off HARDENING_ROUNDS=4 valgrind $(VALGRIND_FLAGS) $$test --gtest_brief=1 \
+	    || status=1; \
+	done; exit $$status
+
+tsan: deps
+	$(CONFIGURE) -B $(TSAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DATRIUM_XML_SANITIZE=thread
+	cmake --build $(TSAN_BUILD) -j $(JOBS) --target hardening_concurrency_tests
+	TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 LOGIN_TRACE_LEVEL=off \
+	  $(TSAN_BUILD)/tests/hardening/hardening_concurrency_tests --gtest_brief=1
+
+coverage: deps
+	$(CONFIGURE) -B $(COVERAGE_BUILD) -DCMAKE_BUILD_TYPE=Debug \
+	  "-DCMAKE_C_FLAGS=--coverage -fprofile-update=atomic" \
+	  "-DCMAKE_CXX_FLAGS=--coverage -fprofile-update=atomic" -DCMAKE_EXE_LINKER_FLAGS=--coverage
+	cmake --build $(COVERAGE_BUILD) -j $(JOBS)
+	find $(COVERAGE_BUILD) -name '*.gcda' -delete
+	cd $(COVERAGE_BUILD) && ctest -j $(JOBS) --output-on-failure
+	gcovr --root . --object-directory $(COVERAGE_BUILD) --filter 'service/login/src/atrium_xml/' \
+	  --exclude-throw-branches --print-summary --txt $(COVERAGE_BUILD)/coverage.txt \
+	  --html-details $(COVERAGE_BUILD)/coverage.html
+	@cat $(COVERAGE_BUILD)/coverage.txt
+
+# Benchmarks (docs/performance.md): a Release build in $(BENCH_BUILD); every answer timed
+# against the raw parse of its bytes and against its floor, the portal logins against
+# libxml2 + XPath, the site machinery alone, growth per access group; then the growth
+# series again with glibc's allocator thresholds fixed. Each run ends with its table.
+BENCH_BUILD ?= build-bench
+BENCH_FLAGS ?= --benchmark_repetitions=3 --benchmark_min_time=0.2 --benchmark_display_aggregates_only=true
+
+.PHONY: bench
+bench: deps
+	$(CONFIGURE) -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DATRIUM_XML_BUILD_BENCH=ON \
+	  -DATRIUM_XML_BUILD_TESTS=OFF
+	cmake --build $(BENCH_BUILD) -j $(JOBS) --target atrium_xml_bench
+	$(BENCH_BUILD)/bench/atrium_xml_bench $(BENCH_FLAGS)
+	$(BENCH_BUILD)/bench/atrium_xml_bench $(BENCH_FLAGS) --malloc-fixed --benchmark_filter='^growth/'

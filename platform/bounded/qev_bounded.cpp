@@ -230,12 +230,38 @@ inline bool IsSpace(unsigned char c)
     return c != '\0' && std::strchr(kSpaces, c) != nullptr;
 }
 
+/* The characters of a %[ set, one bit each. A bitmap rather than a list of the characters:
+ * building a list took a pass over all 256 byte values for every %[ conversion, and the
+ * format is parsed twice per call (validation, then the scan), which made a one-set format
+ * such as "%[^:]" cost more than the text it scans. */
+class CharSet {
+public:
+    void Clear() { m_aulBits[0] = m_aulBits[1] = m_aulBits[2] = m_aulBits[3] = 0; }
+    void Add(unsigned char c) { m_aulBits[c >> 6] |= 1ull << (c & 63); }
+    bool Holds(unsigned char c) const { return (m_aulBits[c >> 6] & (1ull << (c & 63))) != 0; }
+
+    /* Length of the initial run of pcText whose characters are in the set (bIn) or not in
+     * it (!bIn), as strspn / strcspn with the set's characters would give; the terminator
+     * is never in a set. */
+    size_t Span(const char *pcText, bool bIn) const
+    {
+        size_t uiLen = 0;
+        for (unsigned char c; (c = static_cast<unsigned char>(pcText[uiLen])) != '\0' && Holds(c) == bIn;) {
+            ++uiLen;
+        }
+        return uiLen;
+    }
+
+private:
+    uint64_t m_aulBits[4] = {0, 0, 0, 0};
+};
+
 /* One parsed conversion specification. */
 struct Spec {
     char cConv = 0;            /* d i u x o s c [ % */
     uint32_t uiWidth = 0;      /* 0: none given */
     bool bNegate = false;      /* for '[': "^" - the listed characters end the field */
-    char acSetChars[257] = {}; /* for '[': the listed characters (ranges expanded) */
+    CharSet stSet;             /* for '[': the listed characters (ranges expanded) */
 };
 
 /*
@@ -272,9 +298,9 @@ const char *ParseSpec(const char *pcFmt, Spec &stSpec)
             stSpec.bNegate = true;
             ++pcFmt;
         }
-        bool abIn[256] = {};
+        stSpec.stSet.Clear();
         if (*pcFmt == ']') { /* a leading ']' is a member */
-            abIn[static_cast<unsigned char>(']')] = true;
+            stSpec.stSet.Add(static_cast<unsigned char>(']'));
             ++pcFmt;
         }
         while (*pcFmt != ']') {
@@ -286,21 +312,14 @@ const char *ParseSpec(const char *pcFmt, Spec &stSpec)
                 static_cast<unsigned char>(pcFmt[2]) >= cLow) {
                 const unsigned char cHigh = static_cast<unsigned char>(pcFmt[2]);
                 for (unsigned int u = cLow; u <= cHigh; ++u) {
-                    abIn[u] = true;
+                    stSpec.stSet.Add(static_cast<unsigned char>(u));
                 }
                 pcFmt += 3;
             } else {
-                abIn[cLow] = true;
+                stSpec.stSet.Add(cLow);
                 ++pcFmt;
             }
         }
-        size_t uiN = 0;
-        for (unsigned int u = 1; u < 256; ++u) {
-            if (abIn[u]) {
-                stSpec.acSetChars[uiN++] = static_cast<char>(u);
-            }
-        }
-        stSpec.acSetChars[uiN] = '\0';
         return pcFmt + 1;
     }
     default:
@@ -497,8 +516,7 @@ int ScanV(const char *pcSrc, const char *pcFormat, va_list ap)
                 uiLen = uiMax;
             }
         } else {
-            uiLen = stSpec.bNegate ? std::strcspn(pcIn, stSpec.acSetChars)
-                                   : std::strspn(pcIn, stSpec.acSetChars);
+            uiLen = stSpec.stSet.Span(pcIn, !stSpec.bNegate);
             if (uiLen > uiMax) {
                 uiLen = uiMax;
             }

