@@ -1,7 +1,8 @@
 # Front door of the project. `make demo` and `make test` install what is missing first.
 #   make deps     install the Debian packages the project needs
 #   make build    configure and build (Debug, warnings as errors) in build/
-#   make test     build and run every test: normal build, then AddressSanitizer+UBSan build
+#   make test     build and run every test: normal build, AddressSanitizer+UBSan build,
+#                 ThreadSanitizer race, and a short run of every fuzz target
 #   make asan     only the sanitizer build and its tests
 #   make demo     build, then decode the bundled sample answers
 #   make format   clang-format the lines changed since HEAD
@@ -32,7 +33,9 @@ asan: deps
 	cmake --build $(ASAN_BUILD) -j $(JOBS)
 	cd $(ASAN_BUILD) && ctest -j $(JOBS) --output-on-failure
 
-test: test-normal asan
+# Every test: the normal build, the sanitizer build, the race under ThreadSanitizer and a
+# short run of every fuzz target.
+test: test-normal asan tsan fuzz-ci
 
 demo: build
 	@$(BUILD)/tools/atrium-xml check examples/answers || \
@@ -54,13 +57,13 @@ clean:
 
 # ---- hardening (docs/robustness.md) ------------------------------------------------------
 #   make fuzz       each fuzz target for FUZZ_SECONDS (default 600), one after the other
-#   make fuzz-ci    every fuzz target for FUZZ_CI_SECONDS (default 40; all under 5 minutes)
+#   make fuzz-ci    every fuzz target for FUZZ_CI_SECONDS (default 30; all under 5 minutes)
 #   make valgrind   every unit test under valgrind memcheck (tests/valgrind.supp)
 #   make tsan       the concurrency test under ThreadSanitizer
 #   make coverage   a --coverage build, the unit tests, and gcovr over the module
 FUZZ_BUILD      ?= build-fuzz
 FUZZ_SECONDS    ?= 600
-FUZZ_CI_SECONDS ?= 40
+FUZZ_CI_SECONDS ?= 30
 FUZZ_TARGETS    ?= fuzz_portal fuzz_conference fuzz_soap fuzz_json fuzz_sites fuzz_ktl_xml
 VALGRIND_BUILD  ?= build-valgrind
 TSAN_BUILD      ?= build-tsan

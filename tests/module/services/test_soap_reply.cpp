@@ -123,7 +123,9 @@ public:
 private:
     static void *Allocate(size_t uiSize)
     {
-        void *pvBlock = std::malloc(uiSize);
+        /* Zero-filled: the copy taken at release is searched whole, including bytes the
+         * parser never wrote. */
+        void *pvBlock = std::calloc(1, uiSize);
         if (pvBlock != nullptr) {
             s_pThis->m_mapSizes[pvBlock] = uiSize;
         }
