@@ -256,8 +256,8 @@ private:
     uint64_t m_aulBits[4] = {0, 0, 0, 0};
 };
 
-/* One parsed conversion specification. */
-struct Spec {
+/* One parsed conversion directive. */
+struct Directive {
     char cConv = 0;            /* d i u x o s c [ % */
     uint32_t uiWidth = 0;      /* 0: none given */
     bool bNegate = false;      /* for '[': "^" - the listed characters end the field */
@@ -265,42 +265,42 @@ struct Spec {
 };
 
 /*
- * Parses the specification that starts after '%' at pcFmt. Returns the format position
- * after it, or null when the specification is invalid or unsupported.
+ * Parses the directive that starts after '%' at pcFmt. Returns the format position
+ * after it, or null when the directive is invalid or unsupported.
  */
-const char *ParseSpec(const char *pcFmt, Spec &stSpec)
+const char *ParseDirective(const char *pcFmt, Directive &stDirective)
 {
-    stSpec.uiWidth = 0;
+    stDirective.uiWidth = 0;
     while (*pcFmt >= '0' && *pcFmt <= '9') {
         const uint32_t uiDigit = static_cast<uint32_t>(*pcFmt - '0');
-        if (stSpec.uiWidth > (UINT32_MAX - uiDigit) / 10) {
+        if (stDirective.uiWidth > (UINT32_MAX - uiDigit) / 10) {
             return nullptr;
         }
-        stSpec.uiWidth = stSpec.uiWidth * 10 + uiDigit;
+        stDirective.uiWidth = stDirective.uiWidth * 10 + uiDigit;
         ++pcFmt;
     }
     const char c = *pcFmt;
     switch (c) {
     case 'd': case 'i': case 'u': case 'x': case 'o': case 's': case 'c':
-        stSpec.cConv = c;
+        stDirective.cConv = c;
         return pcFmt + 1;
     case '%':
-        if (stSpec.uiWidth != 0) {
+        if (stDirective.uiWidth != 0) {
             return nullptr;
         }
-        stSpec.cConv = '%';
+        stDirective.cConv = '%';
         return pcFmt + 1;
     case '[': {
-        stSpec.cConv = '[';
+        stDirective.cConv = '[';
         ++pcFmt;
-        stSpec.bNegate = false;
+        stDirective.bNegate = false;
         if (*pcFmt == '^') {
-            stSpec.bNegate = true;
+            stDirective.bNegate = true;
             ++pcFmt;
         }
-        stSpec.stSet.Clear();
+        stDirective.stSet.Clear();
         if (*pcFmt == ']') { /* a leading ']' is a member */
-            stSpec.stSet.Add(static_cast<unsigned char>(']'));
+            stDirective.stSet.Add(static_cast<unsigned char>(']'));
             ++pcFmt;
         }
         while (*pcFmt != ']') {
@@ -312,11 +312,11 @@ const char *ParseSpec(const char *pcFmt, Spec &stSpec)
                 static_cast<unsigned char>(pcFmt[2]) >= cLow) {
                 const unsigned char cHigh = static_cast<unsigned char>(pcFmt[2]);
                 for (unsigned int u = cLow; u <= cHigh; ++u) {
-                    stSpec.stSet.Add(static_cast<unsigned char>(u));
+                    stDirective.stSet.Add(static_cast<unsigned char>(u));
                 }
                 pcFmt += 3;
             } else {
-                stSpec.stSet.Add(cLow);
+                stDirective.stSet.Add(cLow);
                 ++pcFmt;
             }
         }
@@ -331,13 +331,13 @@ const char *ParseSpec(const char *pcFmt, Spec &stSpec)
  * whatever the input. */
 bool FormatValid(const char *pcFmt)
 {
-    Spec stSpec;
+    Directive stDirective;
     while (*pcFmt != '\0') {
         if (*pcFmt != '%') {
             ++pcFmt;
             continue;
         }
-        pcFmt = ParseSpec(pcFmt + 1, stSpec);
+        pcFmt = ParseDirective(pcFmt + 1, stDirective);
         if (pcFmt == nullptr) {
             return false;
         }
@@ -416,7 +416,7 @@ int ScanV(const char *pcSrc, const char *pcFormat, va_list ap)
     const char *pcFmt = pcFormat;
     int iAssigned = 0;
     bool bConverted = false; /* a conversion (or %%) has completed */
-    Spec stSpec;
+    Directive stDirective;
 
     /* Input ended: -1 before the first conversion, else what was assigned. */
 #define QEV_INPUT_END() return bConverted ? iAssigned : -1
@@ -439,8 +439,8 @@ int ScanV(const char *pcSrc, const char *pcFormat, va_list ap)
             ++pcFmt;
             continue;
         }
-        pcFmt = ParseSpec(pcFmt + 1, stSpec); /* cannot fail: checked by FormatValid */
-        const char cConv = stSpec.cConv;
+        pcFmt = ParseDirective(pcFmt + 1, stDirective); /* cannot fail: checked by FormatValid */
+        const char cConv = stDirective.cConv;
         if (cConv != 'c' && cConv != '[') {
             pcIn += std::strspn(pcIn, kSpaces);
         }
@@ -457,7 +457,7 @@ int ScanV(const char *pcSrc, const char *pcFormat, va_list ap)
         }
 
         if (cConv == 'd' || cConv == 'i' || cConv == 'u' || cConv == 'x' || cConv == 'o') {
-            const size_t uiMax = stSpec.uiWidth != 0 ? stSpec.uiWidth : SIZE_MAX;
+            const size_t uiMax = stDirective.uiWidth != 0 ? stDirective.uiWidth : SIZE_MAX;
             long long llSigned = 0;
             unsigned long long ullUnsigned = 0;
             bool bNegative = false;
@@ -495,7 +495,7 @@ int ScanV(const char *pcSrc, const char *pcFormat, va_list ap)
         size_t uiLen = 0;
         if (cConv == 'c') {
             /* Exactly width characters (default 1), no terminator added. */
-            const size_t uiWant = stSpec.uiWidth != 0 ? stSpec.uiWidth : 1;
+            const size_t uiWant = stDirective.uiWidth != 0 ? stDirective.uiWidth : 1;
             if (strnlen(pcIn, uiWant) < uiWant) {
                 QEV_INPUT_END();
             }
@@ -509,14 +509,14 @@ int ScanV(const char *pcSrc, const char *pcFormat, va_list ap)
             ++iAssigned;
             continue;
         }
-        const size_t uiMax = stSpec.uiWidth != 0 ? stSpec.uiWidth : SIZE_MAX;
+        const size_t uiMax = stDirective.uiWidth != 0 ? stDirective.uiWidth : SIZE_MAX;
         if (cConv == 's') {
             uiLen = std::strcspn(pcIn, kSpaces);
             if (uiLen > uiMax) {
                 uiLen = uiMax;
             }
         } else {
-            uiLen = stSpec.stSet.Span(pcIn, !stSpec.bNegate);
+            uiLen = stDirective.stSet.Span(pcIn, !stDirective.bNegate);
             if (uiLen > uiMax) {
                 uiLen = uiMax;
             }
