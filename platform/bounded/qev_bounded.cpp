@@ -418,8 +418,9 @@ int ScanV(const char *pcSrc, const char *pcFormat, va_list ap)
     bool bConverted = false; /* a conversion (or %%) has completed */
     Directive stDirective;
 
-    /* Input ended: -1 before the first conversion, else what was assigned. */
-#define QEV_INPUT_END() return bConverted ? iAssigned : -1
+    /* What to return when the input ends: -1 before the first conversion, else what was
+     * assigned. */
+    const auto InputEnd = [&bConverted, &iAssigned] { return bConverted ? iAssigned : -1; };
 
     while (*pcFmt != '\0') {
         const unsigned char cF = static_cast<unsigned char>(*pcFmt);
@@ -430,7 +431,7 @@ int ScanV(const char *pcSrc, const char *pcFormat, va_list ap)
         }
         if (cF != '%') {
             if (*pcIn == '\0') {
-                QEV_INPUT_END();
+                return InputEnd();
             }
             if (*pcIn != *pcFmt) {
                 return iAssigned; /* matching failure */
@@ -445,7 +446,7 @@ int ScanV(const char *pcSrc, const char *pcFormat, va_list ap)
             pcIn += std::strspn(pcIn, kSpaces);
         }
         if (*pcIn == '\0') {
-            QEV_INPUT_END();
+            return InputEnd();
         }
         if (cConv == '%') {
             if (*pcIn != '%') {
@@ -497,7 +498,7 @@ int ScanV(const char *pcSrc, const char *pcFormat, va_list ap)
             /* Exactly width characters (default 1), no terminator added. */
             const size_t uiWant = stDirective.uiWidth != 0 ? stDirective.uiWidth : 1;
             if (strnlen(pcIn, uiWant) < uiWant) {
-                QEV_INPUT_END();
+                return InputEnd();
             }
             if (uiWant > uiCap) {
                 pcOut[0] = '\0';
@@ -534,7 +535,6 @@ int ScanV(const char *pcSrc, const char *pcFormat, va_list ap)
         bConverted = true;
         ++iAssigned;
     }
-#undef QEV_INPUT_END
     return iAssigned;
 }
 

