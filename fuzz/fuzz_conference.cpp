@@ -132,14 +132,6 @@ void NearbyAccess(const Text &body)
 
 } // namespace
 
-#ifndef ATRIUM_FUZZ_REPLAY
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
-{
-    Initialize();
-    return 0;
-}
-#endif
-
 ATRIUM_FUZZ_TARGET(FuzzConference)
 {
     if (uiSize == 0) {

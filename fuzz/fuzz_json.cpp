@@ -207,14 +207,6 @@ void RoundTripUniCall(const Text &body)
 
 } // namespace
 
-#ifndef ATRIUM_FUZZ_REPLAY
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
-{
-    Initialize();
-    return 0;
-}
-#endif
-
 ATRIUM_FUZZ_TARGET(FuzzJson)
 {
     if (uiSize == 0) {

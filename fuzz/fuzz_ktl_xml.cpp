@@ -54,14 +54,6 @@ size_t WalkAll(_NODE *pstRoot)
 
 } // namespace
 
-#ifndef ATRIUM_FUZZ_REPLAY
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
-{
-    Initialize();
-    return 0;
-}
-#endif
-
 ATRIUM_FUZZ_TARGET(FuzzKtlXml)
 {
     if (uiSize == 0) {

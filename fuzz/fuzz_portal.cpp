@@ -98,14 +98,6 @@ void SaveBody(const Text &body)
 
 } // namespace
 
-#ifndef ATRIUM_FUZZ_REPLAY
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
-{
-    Initialize();
-    return 0;
-}
-#endif
-
 ATRIUM_FUZZ_TARGET(FuzzPortal)
 {
     if (uiSize == 0) {

@@ -149,14 +149,6 @@ void Draw(uint8_t ucParam, const Text &text)
 
 } // namespace
 
-#ifndef ATRIUM_FUZZ_REPLAY
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
-{
-    Initialize();
-    return 0;
-}
-#endif
-
 ATRIUM_FUZZ_TARGET(FuzzSites)
 {
     if (uiSize < 2) {

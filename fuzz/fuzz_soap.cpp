@@ -49,14 +49,6 @@ void SiteInfoResult(const Text &body)
 
 } // namespace
 
-#ifndef ATRIUM_FUZZ_REPLAY
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
-{
-    Initialize();
-    return 0;
-}
-#endif
-
 ATRIUM_FUZZ_TARGET(FuzzSoap)
 {
     if (uiSize == 0) {

@@ -306,3 +306,12 @@ void ReleaseUser(tagLOGIN_S_ATRIUM_USER_INFO &stUser)
 }
 
 } // namespace atrium_fuzz
+
+#ifndef ATRIUM_FUZZ_REPLAY
+/* libFuzzer's set-up hook, shared by every target (each links this file once). */
+extern "C" int LLVMFuzzerInitialize(int *, char ***)
+{
+    atrium_fuzz::Initialize();
+    return 0;
+}
+#endif
