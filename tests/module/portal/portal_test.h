@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "module_test.h"
@@ -38,6 +39,23 @@ inline void ReleaseHandedOver(tagLOGIN_S_ATRIUM_USER_INFO &stUser)
     stUser.stSipServerList.pstServer = nullptr;
     KOSA_MemFreeD(stUser.pstExtraParm, __LINE__, __FILE__);
     stUser.pstExtraParm = nullptr;
+}
+
+/* A selected group: its name and its uiIsMainSite flag. */
+using GroupPick = std::pair<std::string, uint32_t>;
+
+/* The selected site's groups in order, or none when no site or group array was built. */
+inline std::vector<GroupPick> SelectedGroups(const tagLOGIN_S_ATRIUM_USER_INFO &stUser)
+{
+    std::vector<GroupPick> vecPicks;
+    const tagLOGIN_S_SITE *pstSite = stUser.pstSiteInfo;
+    if (pstSite == nullptr || pstSite->pstAccessServer == nullptr) {
+        return vecPicks;
+    }
+    for (uint32_t i = 0; i < pstSite->uiNumOfAccessServer; ++i) {
+        vecPicks.emplace_back(pstSite->pstAccessServer[i].acName, pstSite->pstAccessServer[i].uiIsMainSite);
+    }
+    return vecPicks;
 }
 
 } // namespace portal_test

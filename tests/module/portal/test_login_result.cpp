@@ -22,8 +22,6 @@ namespace {
 const char PARSER[] = "XmlParseAtriumLoginResult";
 const char OWN_HOST[] = "portal-west.corp.example";
 
-using GroupPick = std::pair<std::string, uint32_t>; /* group name, uiIsMainSite */
-
 class LoginResultTest : public ModuleTest {
 protected:
     void SetUp() override
@@ -74,18 +72,6 @@ protected:
     }
     static std::string MainSite(const std::string &strName) { return "<ecsmainsite name=\"" + strName + "\"/>"; }
 
-    static std::vector<GroupPick> SelectedGroups(const tagLOGIN_S_ATRIUM_USER_INFO &stUser)
-    {
-        std::vector<GroupPick> vecPicks;
-        const tagLOGIN_S_SITE *pstSite = stUser.pstSiteInfo;
-        if (pstSite == nullptr || pstSite->pstAccessServer == nullptr) {
-            return vecPicks;
-        }
-        for (uint32_t i = 0; i < pstSite->uiNumOfAccessServer; ++i) {
-            vecPicks.emplace_back(pstSite->pstAccessServer[i].acName, pstSite->pstAccessServer[i].uiIsMainSite);
-        }
-        return vecPicks;
-    }
     static std::vector<std::string> SipServers(const tagLOGIN_S_ATRIUM_USER_INFO &stUser)
     {
         std::vector<std::string> vecServers;

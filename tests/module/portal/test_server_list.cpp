@@ -20,8 +20,6 @@ namespace {
 
 const char PARSER[] = "XmlParseAtriumGetServerListRst";
 
-using GroupPick = std::pair<std::string, uint32_t>; /* group name, uiIsMainSite */
-
 class ServerListTest : public ModuleTest {
 protected:
     void SetUp() override
@@ -51,18 +49,6 @@ protected:
                        "\"/></accessserver>";
         }
         return strSite + "</accessservergroup></site>";
-    }
-    static std::vector<GroupPick> SelectedGroups(const tagLOGIN_S_ATRIUM_USER_INFO &stUser)
-    {
-        std::vector<GroupPick> vecPicks;
-        const tagLOGIN_S_SITE *pstSite = stUser.pstSiteInfo;
-        if (pstSite == nullptr || pstSite->pstAccessServer == nullptr) {
-            return vecPicks;
-        }
-        for (uint32_t i = 0; i < pstSite->uiNumOfAccessServer; ++i) {
-            vecPicks.emplace_back(pstSite->pstAccessServer[i].acName, pstSite->pstAccessServer[i].uiIsMainSite);
-        }
-        return vecPicks;
     }
     static std::vector<std::string> SipHosts(const tagLOGIN_S_ATRIUM_USER_INFO &stUser)
     {

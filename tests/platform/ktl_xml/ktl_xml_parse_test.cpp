@@ -7,6 +7,7 @@
  * failures (codes above 255, no document left behind) and about the live-document count.
  */
 #include "ktl_xml.h"
+#include "ktl_xml_test.h"
 
 #include <gtest/gtest.h>
 
@@ -14,22 +15,6 @@
 #include <string>
 
 namespace {
-
-/* Owns one parse: frees the document when the test leaves. */
-class ParsedDocument {
-public:
-    explicit ParsedDocument(const char *pcText) : m_uiCode(KTL_XML_Parse(pcText, &m_pstRoot)) {}
-    ~ParsedDocument() { KTL_XML_FreeNode(m_pstRoot); }
-    ParsedDocument(const ParsedDocument &) = delete;
-    ParsedDocument &operator=(const ParsedDocument &) = delete;
-
-    uint32_t Code() const { return m_uiCode; }
-    _NODE *Root() const { return m_pstRoot; }
-
-private:
-    _NODE *m_pstRoot = nullptr;
-    uint32_t m_uiCode;
-};
 
 /* Value of the element at pcPath from the root, or null when absent. */
 char *ValueAt(_NODE *pstRoot, const char *pcPath)

@@ -8,28 +8,13 @@
  * which character data counts as an element's value, and how attributes are found.
  */
 #include "ktl_xml.h"
+#include "ktl_xml_test.h"
 
 #include <gtest/gtest.h>
 
 #include <thread>
 
 namespace {
-
-/* Owns one parse: frees the document when the test leaves. */
-class ParsedDocument {
-public:
-    explicit ParsedDocument(const char *pcText) : m_uiCode(KTL_XML_Parse(pcText, &m_pstRoot)) {}
-    ~ParsedDocument() { KTL_XML_FreeNode(m_pstRoot); }
-    ParsedDocument(const ParsedDocument &) = delete;
-    ParsedDocument &operator=(const ParsedDocument &) = delete;
-
-    uint32_t Code() const { return m_uiCode; }
-    _NODE *Root() const { return m_pstRoot; }
-
-private:
-    _NODE *m_pstRoot = nullptr;
-    uint32_t m_uiCode;
-};
 
 /* A non-null pointer that no operation may hand back, to prove an out-pointer was reset. */
 template <typename T> T *Poisoned()
