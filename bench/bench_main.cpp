@@ -8,6 +8,9 @@
  *   <case>/floor   raw, plus the caller's clear of the record, plus a replay with
  *                  memset/memcpy of the writes the call must make (ledger.h: zero-filled
  *                  module allocations, qev_memcpy_s copies, wipes of module blocks);
+ *   <case>/reads   the value and attribute reads one call makes through the XML library,
+ *                  replayed on the same nodes without any lookup (required_reads.h):
+ *                  floor + reads bounds from below any reader that keeps the per-key step;
  *   <case>/module  the caller's clear, the exported function, the release of what it
  *                  handed over.
  * The portal logins also run through libxml2 with one XPath query per key
@@ -34,6 +37,7 @@
 #include "answers.h"
 #include "cases.h"
 #include "ledger.h"
+#include "required_reads.h"
 #include "table.h"
 #include "xpath_login.h"
 
@@ -74,6 +78,7 @@ struct PreparedCase {
     std::unique_ptr<std::max_align_t[]> pRecord;
     FloorPlan stFloor;
     CallCounts stCounts;
+    RequiredReads stReads;  /* the value and attribute reads of one call, on kept documents */
     Json::Value stPrebuilt; /* builders: the value the raw benchmark copies and renders */
 };
 
@@ -219,7 +224,16 @@ void RecordFloor(PreparedCase &stPrepared)
     stPrepared.stFloor = PlanFloor(StopRecording());
 }
 
-/* Ready for timing: checked, counted once, floor recorded. */
+/* One call whose value and attribute reads are noted, its documents kept for the replay. */
+void RecordReads(PreparedCase &stPrepared)
+{
+    ClearRecord(stPrepared);
+    StartRecordingReads();
+    (void)stPrepared.stCase.fnCall(stPrepared.stCase.strBody, RecordOf(stPrepared));
+    stPrepared.stReads = StopRecordingReads();
+}
+
+/* Ready for timing: checked, counted once, floor and required reads recorded. */
 std::unique_ptr<PreparedCase> Prepare(AnswerCase stCase)
 {
     std::unique_ptr<PreparedCase> pPrepared = MakeReady(std::move(stCase));
@@ -228,6 +242,7 @@ std::unique_ptr<PreparedCase> Prepare(AnswerCase stCase)
     (void)pPrepared->stCase.fnCall(pPrepared->stCase.strBody, RecordOf(*pPrepared));
     pPrepared->stCounts = StopCounting();
     RecordFloor(*pPrepared);
+    RecordReads(*pPrepared);
     return pPrepared;
 }
 
@@ -420,6 +435,14 @@ void BenchFloor(benchmark::State &state, PreparedCase *pstPrepared)
     }
 }
 
+void BenchReads(benchmark::State &state, PreparedCase *pstPrepared)
+{
+    for (auto _ : state) {
+        ReplayReads(pstPrepared->stReads);
+    }
+    state.counters["reads"] = benchmark::Counter(static_cast<double>(pstPrepared->stReads.vecReads.size()));
+}
+
 void BenchXPath(benchmark::State &state, PreparedCase *pstPrepared, std::string strHost)
 {
     auto pUser = std::make_unique<UserRecord>();
@@ -457,6 +480,9 @@ void RegisterTriple(PreparedCase *pstPrepared)
     const std::string &strName = pstPrepared->stCase.strName;
     benchmark::RegisterBenchmark((strName + "/raw").c_str(), BenchRaw, pstPrepared);
     benchmark::RegisterBenchmark((strName + "/floor").c_str(), BenchFloor, pstPrepared);
+    if (!pstPrepared->stReads.vecReads.empty()) {
+        benchmark::RegisterBenchmark((strName + "/reads").c_str(), BenchReads, pstPrepared);
+    }
     benchmark::RegisterBenchmark((strName + "/module").c_str(), BenchModule, pstPrepared);
 }
 

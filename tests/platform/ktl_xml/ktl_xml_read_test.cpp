@@ -12,7 +12,11 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+#include <sstream>
+#include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -204,6 +208,132 @@ TEST(KtlXmlPath, NullArgumentsFail)
     EXPECT_EQ(KTL_XML_GetNodeByUrl(oDoc.Root(), nullptr, &pstNode), KTL_XML_ERR_NULL_ARG);
     EXPECT_EQ(pstNode, nullptr);
     EXPECT_EQ(KTL_XML_GetNodeByUrl(oDoc.Root(), "a", nullptr), KTL_XML_ERR_NULL_ARG);
+}
+
+/*
+ * Lookups remember where they last matched under a parent, so that a parser reading its
+ * keys in document order does not rescan from the first child; the answer must still be the
+ * child a walk from the first child finds. The reference below is that walk, written over
+ * the navigation operations, and random documents (repeated, prefixed and almost-equal
+ * names among comments and text) are searched in random order from random start nodes.
+ */
+const char *const g_apcNames[] = {"a", "b", "c", "ab", "a1", "a2", "x:a", "y:a", "x:b", "x:ab", ":a", "ns:c"};
+const char *const g_apcComponents[] = {"a", "b", "c", "ab", "a1", "a2", "x:a", "x:b", "y:a", "ns", "abc", ":a"};
+
+bool ReferenceNameMatches(const std::string &strName, const std::string &strComp)
+{
+    const size_t uiColon = strName.find(':');
+    return strName == strComp ||
+           (uiColon != std::string::npos && uiColon != 0 && strName.substr(uiColon + 1) == strComp);
+}
+
+/* The element a walk from the first child finds for each component, or null. */
+_NODE *ReferenceLookup(_NODE *pstStart, const std::vector<std::string> &vecComps)
+{
+    if (!ReferenceNameMatches(NameOf(pstStart), vecComps[0])) {
+        return nullptr;
+    }
+    _NODE *pstCurrent = pstStart;
+    for (size_t i = 1; i < vecComps.size() && pstCurrent != nullptr; ++i) {
+        _NODE *pstChild = KTL_XML_GetNodeFirstChild(pstCurrent);
+        while (pstChild != nullptr && !ReferenceNameMatches(NameOf(pstChild), vecComps[i])) {
+            pstChild = KTL_XML_GetNodeNextSibling(pstChild);
+        }
+        pstCurrent = pstChild;
+    }
+    return pstCurrent;
+}
+
+void AppendRandomElement(std::mt19937 &oRandom, std::ostringstream &oText, uint32_t uiDepth)
+{
+    const char *pcName = g_apcNames[oRandom() % std::size(g_apcNames)];
+    oText << '<' << pcName << '>';
+    const uint32_t uiChildren = uiDepth == 0 ? 0 : oRandom() % 14;
+    for (uint32_t i = 0; i < uiChildren; ++i) {
+        switch (oRandom() % 8) {
+        case 0:
+            oText << "<!-- c -->";
+            break;
+        case 1:
+            oText << "text";
+            break;
+        default:
+            break;
+        }
+        AppendRandomElement(oRandom, oText, uiDepth - 1);
+    }
+    oText << "</" << pcName << '>';
+}
+
+void CollectElements(_NODE *pstNode, std::vector<_NODE *> &vecNodes)
+{
+    vecNodes.push_back(pstNode);
+    for (_NODE *pstChild = KTL_XML_GetNodeFirstChild(pstNode); pstChild != nullptr;
+         pstChild = KTL_XML_GetNodeNextSibling(pstChild)) {
+        CollectElements(pstChild, vecNodes);
+    }
+}
+
+TEST(KtlXmlPath, EveryLookupFindsTheChildAWalkFromTheFirstChildFinds)
+{
+    std::mt19937 oRandom(20261121);
+    uint64_t ulFound = 0;
+    uint64_t ulLookups = 0;
+    for (int iDocument = 0; iDocument < 300; ++iDocument) {
+        std::ostringstream oText;
+        AppendRandomElement(oRandom, oText, 3);
+        ParsedDocument oDoc(oText.str().c_str());
+        ASSERT_EQ(oDoc.Code(), 0u) << oText.str();
+        std::vector<_NODE *> vecNodes;
+        CollectElements(oDoc.Root(), vecNodes);
+
+        for (int iLookup = 0; iLookup < 300; ++iLookup) {
+            /* mostly a parent: most elements of a tree are leaves */
+            _NODE *pstStart = vecNodes[oRandom() % vecNodes.size()];
+            for (int iTry = 0; iTry < 8 && KTL_XML_GetNodeFirstChild(pstStart) == nullptr; ++iTry) {
+                pstStart = vecNodes[oRandom() % vecNodes.size()];
+            }
+            /* the start component is mostly the start node's own name, so that paths go on */
+            std::vector<std::string> vecComps{oRandom() % 4 != 0
+                                                  ? std::string(NameOf(pstStart))
+                                                  : g_apcComponents[oRandom() % std::size(g_apcComponents)]};
+            /* further components mostly name a real child (whole name or local part), so
+             * that lookups meet repeated and prefixed names under one parent */
+            const uint32_t uiMore = 1 + oRandom() % 3;
+            _NODE *pstAlong = pstStart;
+            for (uint32_t i = 0; i < uiMore; ++i) {
+                std::vector<_NODE *> vecChildren;
+                for (_NODE *pstChild = KTL_XML_GetNodeFirstChild(pstAlong); pstChild != nullptr;
+                     pstChild = KTL_XML_GetNodeNextSibling(pstChild)) {
+                    vecChildren.push_back(pstChild);
+                }
+                if (vecChildren.empty() || oRandom() % 8 == 0) {
+                    vecComps.push_back(g_apcComponents[oRandom() % std::size(g_apcComponents)]);
+                    break;
+                }
+                pstAlong = vecChildren[oRandom() % vecChildren.size()];
+                const std::string strName = NameOf(pstAlong);
+                const size_t uiColon = strName.find(':');
+                const bool bLocal = uiColon != std::string::npos && uiColon != 0 && oRandom() % 2 == 0;
+                vecComps.push_back(bLocal ? strName.substr(uiColon + 1) : strName);
+            }
+            std::string strPath = vecComps[0];
+            for (size_t i = 1; i < vecComps.size(); ++i) {
+                strPath += "." + vecComps[i];
+            }
+
+            _NODE *pstExpected = ReferenceLookup(pstStart, vecComps);
+            _NODE *pstFound = Poisoned<_NODE>();
+            const uint32_t uiRet = KTL_XML_GetNodeByUrl(pstStart, strPath.c_str(), &pstFound);
+            ASSERT_EQ(pstFound, pstExpected) << strPath << " from " << NameOf(pstStart) << " in " << oText.str();
+            ASSERT_EQ(uiRet, pstExpected != nullptr ? 0u : KTL_XML_ERR_NOT_FOUND) << strPath;
+            ++ulLookups;
+            ulFound += pstExpected != nullptr ? 1 : 0;
+        }
+    }
+    /* the documents and paths are such that both outcomes are common */
+    EXPECT_GT(ulFound, ulLookups / 10);
+    EXPECT_LT(ulFound, ulLookups * 9 / 10);
 }
 
 /* ---- values -------------------------------------------------------------------------- */
