@@ -16,11 +16,6 @@ namespace {
 
 using TempUser = tagXML_S_TANDEM_TEMPUSER_INFO;
 
-std::string ConfParam(const std::string &strInner)
-{
-    return "<?xml version=\"1.0\"?><ConfParam>" + strInner + "</ConfParam>";
-}
-
 const std::string FULL_CONFINFO = "<ConfInfo><accesscode>88005555</accesscode><confid>4401927</confid>"
                                   "<confpwd>246810</confpwd><chairmanpwd>135790</chairmanpwd>"
                                   "<accessaddress>https://conf.example/access</accessaddress>"

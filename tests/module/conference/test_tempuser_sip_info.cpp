@@ -16,11 +16,6 @@ namespace {
 
 using TempUser = tagXML_S_TANDEM_TEMPUSER_INFO;
 
-std::string ConfParam(const std::string &strInner)
-{
-    return "<?xml version=\"1.0\"?><ConfParam>" + strInner + "</ConfParam>";
-}
-
 const std::string FULL_SIPINFO = "<sipinfo><impu>sip:guest-17@conf.example</impu><impi>guest-17</impi>"
                                  "<pwdtype>0</pwdtype><passwd>g-Secret</passwd><domain>conf.example</domain>"
                                  "<accesscode>88001234</accesscode><confid>7265551</confid>"

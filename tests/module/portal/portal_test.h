@@ -58,6 +58,24 @@ inline std::vector<GroupPick> SelectedGroups(const tagLOGIN_S_ATRIUM_USER_INFO &
     return vecPicks;
 }
 
+/* A test of a parser that fills a portal user record: the record starts cleared, and what
+ * the parser handed over is released after each test, as the login service does. */
+class PortalUserTest : public ModuleTest {
+protected:
+    void SetUp() override
+    {
+        ModuleTest::SetUp();
+        m_stUser = tagLOGIN_S_ATRIUM_USER_INFO{};
+    }
+    void TearDown() override
+    {
+        ReleaseHandedOver(m_stUser);
+        ModuleTest::TearDown();
+    }
+
+    tagLOGIN_S_ATRIUM_USER_INFO m_stUser{};
+};
+
 } // namespace portal_test
 
 #endif /* ATRIUM_XML_PORTAL_TEST_H */

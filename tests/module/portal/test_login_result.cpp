@@ -22,20 +22,8 @@ namespace {
 const char PARSER[] = "XmlParseAtriumLoginResult";
 const char OWN_HOST[] = "portal-west.corp.example";
 
-class LoginResultTest : public ModuleTest {
+class LoginResultTest : public PortalUserTest {
 protected:
-    void SetUp() override
-    {
-        ModuleTest::SetUp();
-        m_stUser = tagLOGIN_S_ATRIUM_USER_INFO{};
-    }
-    void TearDown() override
-    {
-        ReleaseHandedOver(m_stUser);
-        ModuleTest::TearDown();
-    }
-
-
     static std::string Token()
     {
         return "<LoginToken><AccessToken>tok</AccessToken><ExpireIn>60</ExpireIn></LoginToken>";
@@ -110,8 +98,6 @@ protected:
         }
         return vecTexts;
     }
-
-    tagLOGIN_S_ATRIUM_USER_INFO m_stUser{};
 };
 
 /* ---- a complete answer ---- */

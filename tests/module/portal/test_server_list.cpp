@@ -20,20 +20,8 @@ namespace {
 
 const char PARSER[] = "XmlParseAtriumGetServerListRst";
 
-class ServerListTest : public ModuleTest {
+class ServerListTest : public PortalUserTest {
 protected:
-    void SetUp() override
-    {
-        ModuleTest::SetUp();
-        m_stUser = tagLOGIN_S_ATRIUM_USER_INFO{};
-    }
-    void TearDown() override
-    {
-        ReleaseHandedOver(m_stUser);
-        ModuleTest::TearDown();
-    }
-
-
     static std::string Answer(const std::string &strInner)
     {
         return "<?xml version=\"1.0\"?><servicetp>" + strInner + "</servicetp>";
@@ -60,8 +48,6 @@ protected:
         return vecHosts;
     }
     std::vector<std::string> OwnTraces() const { return TextsOf(m_traces, PARSER); }
-
-    tagLOGIN_S_ATRIUM_USER_INFO m_stUser{};
 };
 
 const char FULL_SIP_INFO[] = "<sipinfo><impu val=\"+15550100@corp.example\"/><impi val=\"alice.impi\"/>"
