@@ -43,6 +43,7 @@
 
 #include "atrium_xml.h"
 #include "login_service_default.h"
+#include "ktl_xml_options.h"
 
 #include <benchmark/benchmark.h>
 #include <json/json.h>
@@ -132,7 +133,7 @@ void RawXml(const std::string &strBody)
 {
     pugi::xml_document xDoc;
     const pugi::xml_parse_result xResult =
-        xDoc.load_buffer(strBody.data(), strBody.size(), pugi::parse_default, pugi::encoding_utf8);
+        xDoc.load_buffer(strBody.data(), strBody.size(), KTL_XML_PUGIXML_OPTIONS, pugi::encoding_utf8);
     benchmark::DoNotOptimize(xResult.status);
     benchmark::DoNotOptimize(xDoc.first_child().internal_object());
 }

@@ -2,7 +2,8 @@
  * fuzz_ktl_xml - the XML document library on its own: any text either fails with a code
  * above 255 and no document, or gives a document whose every element can be walked, named,
  * valued, counted and looked up by a dotted path, and which is then released. The first byte
- * splits the input into a dotted path (looked up from the root) and the text.
+ * splits the input into a dotted path (looked up from the root) and the text. Every lookup
+ * must find the very element a walk from the first child finds.
  */
 #include <cstring>
 #include <vector>
@@ -13,12 +14,63 @@ using namespace atrium_fuzz;
 
 namespace {
 
-/* The last component of a dotted path names the element found (bare or after a prefix). */
-bool NameEndsPath(const char *pcName, const std::string &strPath)
+/* A path component against an element name: equal, or equal to the part after the first
+ * ':' of a prefixed name. */
+bool ComponentNames(const std::string &strComp, const char *pcName)
 {
-    const std::string strLast = strPath.substr(strPath.rfind('.') + 1);
     const char *pcColon = std::strchr(pcName, ':');
-    return strLast == pcName || (pcColon != nullptr && pcColon != pcName && strLast == pcColon + 1);
+    return strComp == pcName || (pcColon != nullptr && pcColon != pcName && strComp == pcColon + 1);
+}
+
+/* What a lookup of strPath from pstStart must give, found the slow way: each component after
+ * the first takes the first element child, walking from the first child, that it names.
+ * KTL_XML_ERR_BAD_PATH for an empty path or component. */
+uint32_t WalkPath(_NODE *pstStart, const std::string &strPath, _NODE **ppstFound)
+{
+    *ppstFound = nullptr;
+    std::vector<std::string> vecComps(1);
+    for (char c : strPath) {
+        if (c == '.') {
+            vecComps.emplace_back();
+        } else {
+            vecComps.back() += c;
+        }
+    }
+    for (const std::string &strComp : vecComps) {
+        if (strComp.empty()) {
+            return KTL_XML_ERR_BAD_PATH;
+        }
+    }
+    char *pcName = nullptr;
+    char *pcValue = nullptr;
+    FUZZ_CHECK(KTL_XML_GetNodeValue(pstStart, nullptr, 0, &pcName, &pcValue) == 0);
+    if (!ComponentNames(vecComps[0], pcName)) {
+        return KTL_XML_ERR_NOT_FOUND;
+    }
+    _NODE *pstCurrent = pstStart;
+    for (size_t i = 1; i < vecComps.size() && pstCurrent != nullptr; ++i) {
+        _NODE *pstChild = KTL_XML_GetNodeFirstChild(pstCurrent);
+        while (pstChild != nullptr) {
+            FUZZ_CHECK(KTL_XML_GetNodeValue(pstChild, nullptr, 0, &pcName, &pcValue) == 0);
+            if (ComponentNames(vecComps[i], pcName)) {
+                break;
+            }
+            pstChild = KTL_XML_GetNodeNextSibling(pstChild);
+        }
+        pstCurrent = pstChild;
+    }
+    *ppstFound = pstCurrent;
+    return pstCurrent != nullptr ? 0 : KTL_XML_ERR_NOT_FOUND;
+}
+
+/* Looks strPath up and checks the result against the walk. */
+void CheckLookup(_NODE *pstRoot, const std::string &strPath)
+{
+    _NODE *pstExpected = nullptr;
+    const uint32_t uiExpected = WalkPath(pstRoot, strPath, &pstExpected);
+    _NODE *pstFound = nullptr;
+    FUZZ_CHECK(KTL_XML_GetNodeByUrl(pstRoot, strPath.c_str(), &pstFound) == uiExpected);
+    FUZZ_CHECK(pstFound == pstExpected);
 }
 
 /* Walks every element (without recursion: documents nest deeper than any stack), checking
@@ -76,16 +128,14 @@ ATRIUM_FUZZ_TARGET(FuzzKtlXml)
     }
     FUZZ_CHECK(pstRoot != nullptr);
     FUZZ_CHECK(WalkAll(pstRoot) >= 1);
-    _NODE *pstFound = nullptr;
-    uiRet = KTL_XML_GetNodeByUrl(pstRoot, path.c_str(), &pstFound);
-    FUZZ_CHECK((uiRet == 0) == (pstFound != nullptr));
-    FUZZ_CHECK(uiRet == 0 || uiRet > 255);
-    if (pstFound != nullptr) {
-        char *pcName = nullptr;
-        char *pcValue = nullptr;
-        FUZZ_CHECK(KTL_XML_GetNodeValue(pstFound, nullptr, 0, &pcName, &pcValue) == 0);
-        FUZZ_CHECK(NameEndsPath(pcName, path.c_str()));
+    /* The path, each of its shorter prefixes, then the path again: lookups that go on from
+     * where earlier ones stopped. */
+    const std::string strPath = path.c_str();
+    for (size_t uiDot = strPath.find('.'); uiDot != std::string::npos; uiDot = strPath.find('.', uiDot + 1)) {
+        CheckLookup(pstRoot, strPath.substr(0, uiDot));
     }
+    CheckLookup(pstRoot, strPath);
+    CheckLookup(pstRoot, strPath);
     KTL_XML_FreeNode(pstRoot);
     frame.Finish();
     return 0;

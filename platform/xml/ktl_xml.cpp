@@ -1,35 +1,58 @@
 /*
  * ktl_xml.cpp - the XML document library, a thin adapter over pugixml.
  *
- * KTL_XML_Parse allocates one pugi::xml_document, lets pugixml copy the caller's text into
- * a buffer of its own and parse it there, and hands out the root element. Every _NODE is a
- * pugi::xml_node_struct seen through an opaque pointer; names, values and attribute texts
- * point into pugixml's private buffer, so callers may overwrite them in place.
+ * KTL_XML_Parse allocates one Document: pugixml copies the caller's text into a buffer of
+ * its own and parses it there, then one breadth-first walk of pugixml's tree lists every
+ * element in an array of _NODE records, so that the element children of any element are
+ * contiguous. Each record keeps what readers ask for: the name and its length, where a
+ * prefixed name's local part starts, the element's value, its children's place in the
+ * array, and pugixml's node for its attributes. Names, values and attribute texts point
+ * into pugixml's private buffer, so callers may overwrite them in place. Every _NODE handed
+ * out is a record of that array; the root is its first record.
  *
- * No table maps a root back to its document: the document node struct lives at a fixed
- * offset inside our Document (whose first member is the pugi::xml_document), so
- * KTL_XML_FreeNode walks root element -> document node -> Document by that offset. The
- * offset is measured once and checked on every parse, so a pugixml with another layout
- * makes parsing fail instead of freeing garbage.
+ * Why the array: pugixml's accessors are out-of-line calls, and a parser reads dozens of
+ * keys under one element, so asking pugixml for names, siblings and values on every lookup
+ * cost far more than the parse. The walk asks once per node; lookups and value reads then
+ * touch only the records.
  *
- * Dotted-path lookups: parsers read dozens of keys under one element, mostly in document
- * order, and a plain walk from the first child per key made a group of ~50 keys cost
- * several times its parse. Each Document therefore keeps a few child cursors (one per
- * recently searched parent) that remember where the last match was and which names occur
- * up to it, so the next lookup under that parent goes on from there; the first matching
- * child is still the one returned (see FindChild).
+ * Dotted-path lookups: parsers read their keys mostly in document order. Each Document
+ * keeps a few child cursors (one per recently searched parent) that remember where the last
+ * match was and which names occur up to it, so the next lookup under that parent goes on
+ * from there; the first matching child is still the one returned (see FindChild).
  *
  * Navigation sees element nodes only. Every walk is a loop: documents may nest deeper
  * than any stack.
  */
 #include "ktl_xml.h"
+#include "ktl_xml_options.h"
 
 #include <pugixml.hpp>
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstring>
 #include <new>
+
+namespace {
+struct Document;
+}
+
+/* One element of a parsed document (see the file comment). Trivially copyable: the array
+ * grows by copying. */
+struct _NODE {
+    pugi::xml_node xElement; /* pugixml's element: its attributes are read from there */
+    Document *pstDoc;
+    char *pcName;
+    char *pcValue;          /* first run of character data that is not whitespace only, or null */
+    uint32_t uiNameLen;
+    uint32_t uiLocalAt;     /* start of the part after the first ':' of a prefixed name; 0: none */
+    uint32_t uiNameHash;    /* HashName of the name, and of its local part when prefixed */
+    uint32_t uiLocalHash;
+    uint32_t uiFirstChild;  /* index of the first element child in the document's array */
+    uint32_t uiChildren;    /* element children, contiguous from uiFirstChild */
+    bool bLastChild;        /* no element sibling follows (the next record is not a sibling) */
+};
 
 namespace {
 
@@ -47,21 +70,6 @@ bool InjectedValueReadFailure()
     }
     t_uiValueReadsBeforeFailure = (uiLeft == 0) ? KTL_XML_FAIL_NEVER : uiLeft - 1;
     return uiLeft == 0;
-}
-
-_NODE *ToNode(pugi::xml_node xNode)
-{
-    return reinterpret_cast<_NODE *>(xNode.internal_object());
-}
-
-pugi::xml_node FromNode(_NODE *pstNode)
-{
-    return pugi::xml_node(reinterpret_cast<pugi::xml_node_struct *>(pstNode));
-}
-
-bool IsElement(pugi::xml_node xNode)
-{
-    return xNode.type() == pugi::node_element;
 }
 
 /* ---- child cursors ------------------------------------------------------------------ */
@@ -93,39 +101,28 @@ private:
 };
 
 /* A hash of [pcText, pcText + uiLen) from its length and four of its characters (first,
- * second, middle, last), mixed by MurmurHash3's finaliser: constant time per name, and
- * names that share all five land on the same bits, which only costs a search. */
+ * second, middle, last), mixed by one multiplication: constant time per name, and names
+ * that share all five land on the same bits, which only costs a search. (Every lookup
+ * hashes its components, so the mix is kept short.) */
 uint32_t HashName(const char *pcText, size_t uiLen)
 {
-    uint32_t uiHash = static_cast<uint32_t>(uiLen);
+    uint32_t uiPacked = static_cast<uint32_t>(uiLen) * 0x01000193u;
     if (uiLen != 0) {
         const auto Byte = [pcText](size_t i) { return static_cast<uint32_t>(static_cast<unsigned char>(pcText[i])); };
-        uiHash ^= Byte(0) << 8 ^ Byte(uiLen > 1 ? 1 : 0) << 16 ^ Byte(uiLen / 2) << 24 ^ Byte(uiLen - 1) * 0x9E3779B1u;
+        uiPacked ^= Byte(0) | Byte(uiLen > 1 ? 1 : 0) << 8 | Byte(uiLen / 2) << 16 | Byte(uiLen - 1) << 24;
     }
-    uiHash ^= uiHash >> 16;
-    uiHash *= 0x85EBCA6Bu;
-    uiHash ^= uiHash >> 13;
-    uiHash *= 0xC2B2AE35u;
-    uiHash ^= uiHash >> 16;
-    return uiHash;
+    const uint32_t uiMixed = uiPacked * 0x9E3779B1u;
+    return uiMixed ^ (uiMixed >> 15);
 }
 
-/* Enters an element name of uiLen characters, whose whole-name hash is uiHash, under both
- * forms a path component can match (NameMatches): the whole name and, for a prefixed name,
- * the part after its first ':'. */
-void AddName(NameFilter &stFilter, const char *pcName, size_t uiLen, uint32_t uiHash)
+/* Enters an element's name under both forms a path component can match (NameMatches): the
+ * whole name and, for a prefixed name, its local part. */
+void AddName(NameFilter &stFilter, const _NODE &stElement)
 {
-    stFilter.Add(uiHash);
-    const char *pcColon = static_cast<const char *>(std::memchr(pcName, ':', uiLen));
-    if (pcColon != nullptr && pcColon != pcName) {
-        stFilter.Add(HashName(pcColon + 1, uiLen - static_cast<size_t>(pcColon + 1 - pcName)));
+    stFilter.Add(stElement.uiNameHash);
+    if (stElement.uiLocalAt != 0) {
+        stFilter.Add(stElement.uiLocalHash);
     }
-}
-
-void AddName(NameFilter &stFilter, const char *pcName)
-{
-    const size_t uiLen = std::strlen(pcName);
-    AddName(stFilter, pcName, uiLen, HashName(pcName, uiLen));
 }
 
 /*
@@ -136,14 +133,14 @@ void AddName(NameFilter &stFilter, const char *pcName)
  * pstLast on only shrinks that set, so it stays a superset).
  */
 struct ChildCursor {
-    pugi::xml_node_struct *pstParent = nullptr; /* null: unused; the rest is set on first use */
-    pugi::xml_node_struct *pstLast;
+    const _NODE *pstParent = nullptr; /* null: unused; the rest is set on first use */
+    const _NODE *pstLast;
     NameFilter stBeforeLast;
     NameFilter stUpToLast;
     NameFilter stAfter;
     bool bAfterKnown;
 
-    void Reset(pugi::xml_node_struct *pstNewParent)
+    void Reset(const _NODE *pstNewParent)
     {
         pstParent = pstNewParent;
         pstLast = nullptr;
@@ -157,43 +154,30 @@ struct ChildCursor {
 /* Parents a parser alternates between (a group, its media list, its STG group, ...). */
 const uint32_t CURSORS_PER_DOCUMENT = 4;
 
-/* What KTL_XML_Parse allocates: the pugixml document and the lookup state of its readers. */
+/* What KTL_XML_Parse allocates: the pugixml document, its element array and the lookup
+ * state of its readers. The array's memory comes from pugixml's allocation functions, like
+ * the rest of the document's. */
 struct Document {
-    pugi::xml_document xDoc; /* first member: see DocumentOfNode */
+    pugi::xml_document xDoc;
+    _NODE *pstElements = nullptr;
+    uint32_t uiElements = 0;
+    uint32_t uiCapacity = 0;
     ChildCursor astCursors[CURSORS_PER_DOCUMENT];
     uint32_t uiNextCursor = 0;
+
+    Document() = default;
+    Document(const Document &) = delete;
+    Document &operator=(const Document &) = delete;
+    ~Document()
+    {
+        if (pstElements != nullptr) {
+            pugi::get_memory_deallocation_function()(pstElements);
+        }
+    }
 };
 
-/* Offset of the document node struct inside a Document. */
-std::ptrdiff_t DocumentNodeOffsetOf(const Document &stDoc)
-{
-    return reinterpret_cast<const char *>(stDoc.xDoc.internal_object()) -
-           reinterpret_cast<const char *>(&stDoc);
-}
-
-std::ptrdiff_t ExpectedDocumentNodeOffset()
-{
-    static const std::ptrdiff_t s_iOffset = [] {
-        Document stProbe;
-        return DocumentNodeOffsetOf(stProbe);
-    }();
-    return s_iOffset;
-}
-
-/* The Document of any node (pugixml finds a node's document node without walking up). */
-Document *DocumentOfNode(pugi::xml_node xNode)
-{
-    char *pcDocNode = reinterpret_cast<char *>(xNode.root().internal_object());
-    return reinterpret_cast<Document *>(pcDocNode - ExpectedDocumentNodeOffset());
-}
-
-Document *DocumentOfRoot(_NODE *pstRoot)
-{
-    return DocumentOfNode(FromNode(pstRoot));
-}
-
 /* The cursor of a parent, or a recycled one reset for it. */
-ChildCursor &CursorFor(Document &stDoc, pugi::xml_node_struct *pstParent)
+ChildCursor &CursorFor(Document &stDoc, const _NODE *pstParent)
 {
     for (ChildCursor &stCursor : stDoc.astCursors) {
         if (stCursor.pstParent == pstParent) {
@@ -206,6 +190,8 @@ ChildCursor &CursorFor(Document &stDoc, pugi::xml_node_struct *pstParent)
     return stCursor;
 }
 
+/* ---- parsing and the element array -------------------------------------------------- */
+
 uint32_t CodeOfParseStatus(pugi::xml_parse_status eStatus)
 {
     switch (eStatus) {
@@ -216,6 +202,24 @@ uint32_t CodeOfParseStatus(pugi::xml_parse_status eStatus)
     default:
         return KTL_XML_ERR_PARSE_BASE + static_cast<uint32_t>(eStatus);
     }
+}
+
+bool IsElement(pugi::xml_node xNode)
+{
+    return xNode.type() == pugi::node_element;
+}
+
+/* Whether a handle holds a node. pugixml's handle is one pointer, a protected member of its
+ * public class; reading it here spares an out-of-line call per node of the walk below. */
+class NodeHandle : public pugi::xml_node {
+public:
+    explicit NodeHandle(pugi::xml_node xNode) : pugi::xml_node(xNode) {}
+    bool Holds() const { return _root != nullptr; }
+};
+
+bool Holds(pugi::xml_node xNode)
+{
+    return NodeHandle(xNode).Holds();
 }
 
 /* pugixml accepts several top-level elements; an answer must be one document, so a second
@@ -230,102 +234,150 @@ bool HasSingleRootElement(const pugi::xml_document &xDoc)
     return uiElements == 1;
 }
 
-/* pugixml keeps the private copy and parses it in place; only the part of the text
- * before its terminator is handed over, and DTD entities stay unexpanded (pugixml never
- * expands or loads them). */
-uint32_t LoadText(pugi::xml_document *pxDoc, const char *pcText)
+bool IsXmlSpace(char c)
 {
-    pugi::xml_parse_result xResult = pxDoc->load_buffer(pcText, std::strlen(pcText),
-                                                        pugi::parse_default,
-                                                        pugi::encoding_utf8);
-    if (xResult.status != pugi::status_ok) {
-        return CodeOfParseStatus(xResult.status);
-    }
-    if (!pxDoc->document_element()) {
-        return KTL_XML_ERR_NO_ROOT;
-    }
-    if (!HasSingleRootElement(*pxDoc)) {
-        return KTL_XML_ERR_NOT_WELL_FORMED;
-    }
-    return 0;
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
 }
 
-/* True when the text holds a character other than space, tab, CR and LF. */
+/* True when the text holds a character other than space, tab, CR and LF. (Inline: almost
+ * every value is asked about, and almost every one answers at its first character.) */
 bool HasNonWhitespace(const char *pcText)
 {
-    return pcText[std::strspn(pcText, " \t\r\n")] != '\0';
+    while (IsXmlSpace(*pcText)) {
+        ++pcText;
+    }
+    return *pcText != '\0';
 }
 
-bool IsCharacterData(pugi::xml_node xNode)
+/* Room for uiWanted records, moving those already there. False when out of memory. */
+bool ReserveElements(Document &stDoc, uint32_t uiWanted)
 {
-    return xNode.type() == pugi::node_pcdata || xNode.type() == pugi::node_cdata;
-}
-
-/* Path component [pcComp, pcComp + uiLen) against an element name: equal, or equal to the
- * part after the first ':' of a prefixed name. */
-bool NameMatches(const char *pcName, const char *pcComp, size_t uiLen)
-{
-    if (std::strncmp(pcName, pcComp, uiLen) == 0 && pcName[uiLen] == '\0') {
+    if (uiWanted <= stDoc.uiCapacity) {
         return true;
     }
-    const char *pcColon = std::strchr(pcName, ':');
-    if (pcColon == nullptr || pcColon == pcName) {
+    const size_t uiNewCapacity = std::max<size_t>(uiWanted, size_t{stDoc.uiCapacity} * 2);
+    if (uiNewCapacity > UINT32_MAX) {
         return false;
     }
-    const char *pcLocal = pcColon + 1;
-    return std::strncmp(pcLocal, pcComp, uiLen) == 0 && pcLocal[uiLen] == '\0';
+    auto *pstNew = static_cast<_NODE *>(pugi::get_memory_allocation_function()(uiNewCapacity * sizeof(_NODE)));
+    if (pstNew == nullptr) {
+        return false;
+    }
+    if (stDoc.pstElements != nullptr) {
+        std::copy_n(stDoc.pstElements, stDoc.uiElements, pstNew);
+        pugi::get_memory_deallocation_function()(stDoc.pstElements);
+    }
+    stDoc.pstElements = pstNew;
+    stDoc.uiCapacity = static_cast<uint32_t>(uiNewCapacity);
+    return true;
 }
 
-/* A path of uiLen characters is well formed when it is not empty and no component is
- * empty: it neither starts nor ends with '.', and no '.' follows another. (The dots are
- * found with memchr: every key's path is checked before its lookup.) */
-bool IsWellFormedPath(const char *pcPath, size_t uiLen)
+/* Appends pugixml's element xElement as the last child so far of its parent. The parent
+ * fills in the links (uiFirstChild, uiChildren) once all its children are in. */
+bool AppendElement(Document &stDoc, pugi::xml_node xElement)
 {
-    if (uiLen == 0 || pcPath[0] == '.' || pcPath[uiLen - 1] == '.') {
+    if (!ReserveElements(stDoc, stDoc.uiElements + 1)) {
         return false;
     }
-    const char *pcEnd = pcPath + uiLen;
-    for (const char *pcDot = static_cast<const char *>(std::memchr(pcPath, '.', uiLen)); pcDot != nullptr;
-         pcDot = static_cast<const char *>(std::memchr(pcDot + 1, '.', static_cast<size_t>(pcEnd - pcDot - 1)))) {
-        if (pcDot[1] == '.') {
-            return false;
+    char *pcName = const_cast<char *>(xElement.name());
+    const size_t uiNameLen = std::strlen(pcName);
+    const char *pcColon = static_cast<const char *>(std::memchr(pcName, ':', uiNameLen));
+    const uint32_t uiLocalAt =
+        (pcColon != nullptr && pcColon != pcName) ? static_cast<uint32_t>(pcColon + 1 - pcName) : 0;
+    const uint32_t uiLocalHash = (uiLocalAt != 0) ? HashName(pcName + uiLocalAt, uiNameLen - uiLocalAt) : 0;
+    new (&stDoc.pstElements[stDoc.uiElements++])
+        _NODE{xElement, &stDoc, pcName, nullptr, static_cast<uint32_t>(uiNameLen), uiLocalAt,
+              HashName(pcName, uiNameLen), uiLocalHash, 0, 0, false};
+    return true;
+}
+
+/*
+ * Lists every element breadth first: the array itself is the queue. For each element, its
+ * children are appended in document order, and its value is found on the way: the text
+ * pugixml stored in the element (its first child, when that was text) or else the first
+ * text or CDATA child that is not whitespace only. False when out of memory.
+ */
+bool ListElements(Document &stDoc, pugi::xml_node xRoot, size_t uiTextLen)
+{
+    /* An element takes at least 4 bytes ("<a/>"); those of answers take about 20. The array
+     * doubles when a text holds more. */
+    const size_t uiGuess = std::min<size_t>(uiTextLen / 16 + 16, UINT32_MAX);
+    if (!ReserveElements(stDoc, static_cast<uint32_t>(uiGuess)) || !AppendElement(stDoc, xRoot)) {
+        return false;
+    }
+    stDoc.pstElements[0].bLastChild = true;
+    for (uint32_t i = 0; i < stDoc.uiElements; ++i) {
+        const pugi::xml_node xElement = stDoc.pstElements[i].xElement;
+        const uint32_t uiFirstChild = stDoc.uiElements;
+        char *pcValue = const_cast<char *>(xElement.value());
+        pcValue = HasNonWhitespace(pcValue) ? pcValue : nullptr;
+        for (pugi::xml_node xChild = xElement.first_child(); Holds(xChild); xChild = xChild.next_sibling()) {
+            const pugi::xml_node_type eType = xChild.type();
+            if (eType == pugi::node_element) {
+                if (!AppendElement(stDoc, xChild)) {
+                    return false;
+                }
+            } else if (pcValue == nullptr && (eType == pugi::node_pcdata || eType == pugi::node_cdata) &&
+                       HasNonWhitespace(xChild.value())) {
+                pcValue = const_cast<char *>(xChild.value());
+            }
+        }
+        _NODE &stElement = stDoc.pstElements[i]; /* the array may have moved */
+        stElement.pcValue = pcValue;
+        stElement.uiFirstChild = uiFirstChild;
+        stElement.uiChildren = stDoc.uiElements - uiFirstChild;
+        if (stElement.uiChildren != 0) {
+            stDoc.pstElements[stDoc.uiElements - 1].bLastChild = true;
         }
     }
     return true;
 }
 
-/* Characters of the component at pcComp, up to the next '.' or pcEnd. */
-size_t ComponentLength(const char *pcComp, const char *pcEnd)
+/* pugixml keeps the private copy and parses it in place; only the part of the text
+ * before its terminator is handed over, and DTD entities stay unexpanded (pugixml never
+ * expands or loads them). */
+uint32_t LoadText(Document &stDoc, const char *pcText)
 {
-    const void *pvDot = std::memchr(pcComp, '.', static_cast<size_t>(pcEnd - pcComp));
-    return static_cast<size_t>((pvDot != nullptr ? static_cast<const char *>(pvDot) : pcEnd) - pcComp);
+    const size_t uiTextLen = std::strlen(pcText);
+    pugi::xml_parse_result xResult =
+        stDoc.xDoc.load_buffer(pcText, uiTextLen, KTL_XML_PUGIXML_OPTIONS, pugi::encoding_utf8);
+    if (xResult.status != pugi::status_ok) {
+        return CodeOfParseStatus(xResult.status);
+    }
+    const pugi::xml_node xRoot = stDoc.xDoc.document_element();
+    if (!xRoot) {
+        return KTL_XML_ERR_NO_ROOT;
+    }
+    if (!HasSingleRootElement(stDoc.xDoc)) {
+        return KTL_XML_ERR_NOT_WELL_FORMED;
+    }
+    return ListElements(stDoc, xRoot, uiTextLen) ? 0 : KTL_XML_ERR_NO_MEMORY;
 }
 
-pugi::xml_node FirstElementFrom(pugi::xml_node xNode)
-{
-    while (xNode && !IsElement(xNode)) {
-        xNode = xNode.next_sibling();
-    }
-    return xNode;
-}
+/* ---- lookups ------------------------------------------------------------------------ */
 
-/* The first element child of xParent up to and including xLast that matches, or none. */
-pugi::xml_node FirstMatchUpTo(pugi::xml_node xParent, pugi::xml_node xLast, const char *pcComp, size_t uiLen)
+/* A component of a dotted path: its characters and their HashName. */
+struct Component {
+    const char *pcText;
+    size_t uiLen;
+    uint32_t uiHash;
+};
+
+/* A path component against an element's name: equal, or equal to the part after the first
+ * ':' of a prefixed name. The hashes turn most names away before any character is read. */
+bool NameMatches(const _NODE &stElement, const Component &stComp)
 {
-    for (pugi::xml_node xChild = FirstElementFrom(xParent.first_child()); xChild;
-         xChild = FirstElementFrom(xChild.next_sibling())) {
-        if (NameMatches(xChild.name(), pcComp, uiLen)) {
-            return xChild;
-        }
-        if (xChild == xLast) {
-            break;
-        }
+    if (stElement.uiNameHash == stComp.uiHash && stElement.uiNameLen == stComp.uiLen &&
+        std::memcmp(stElement.pcName, stComp.pcText, stComp.uiLen) == 0) {
+        return true;
     }
-    return pugi::xml_node();
+    return stElement.uiLocalAt != 0 && stElement.uiLocalHash == stComp.uiHash &&
+           stElement.uiNameLen - stElement.uiLocalAt == stComp.uiLen &&
+           std::memcmp(stElement.pcName + stElement.uiLocalAt, stComp.pcText, stComp.uiLen) == 0;
 }
 
 /*
- * The first element child of xParent whose name matches the component - the very child a
+ * The first element child of stParent whose name matches the component - the very child a
  * walk from the first child finds - found from the parent's cursor. A match before the
  * cursor is possible only when the filter of those names may hold the component; the
  * cursor's own child answers at once when nothing before it can match (a key read twice, or
@@ -333,46 +385,43 @@ pugi::xml_node FirstMatchUpTo(pugi::xml_node xParent, pugi::xml_node xLast, cons
  * from the first child. Without a match there the search goes on after the cursor, and a
  * match found there moves the cursor to it.
  */
-pugi::xml_node FindChild(Document &stDoc, pugi::xml_node xParent, const char *pcComp, size_t uiLen)
+const _NODE *FindChild(const _NODE &stParent, const Component &stComp)
 {
-    ChildCursor &stCursor = CursorFor(stDoc, xParent.internal_object());
-    const pugi::xml_node xLast(stCursor.pstLast);
-    const uint32_t uiHash = HashName(pcComp, uiLen);
-    if (stCursor.pstLast != nullptr && stCursor.stUpToLast.MayHold(uiHash)) {
-        if (!stCursor.stBeforeLast.MayHold(uiHash) && NameMatches(xLast.name(), pcComp, uiLen)) {
-            return xLast;
+    Document &stDoc = *stParent.pstDoc;
+    const _NODE *pstFirst = stDoc.pstElements + stParent.uiFirstChild;
+    const _NODE *pstEnd = pstFirst + stParent.uiChildren;
+    ChildCursor &stCursor = CursorFor(stDoc, &stParent);
+    const _NODE *pstLast = stCursor.pstLast;
+    const uint32_t uiHash = stComp.uiHash;
+    if (pstLast != nullptr && stCursor.stUpToLast.MayHold(uiHash)) {
+        if (!stCursor.stBeforeLast.MayHold(uiHash) && NameMatches(*pstLast, stComp)) {
+            return pstLast;
         }
-        const pugi::xml_node xEarlier = FirstMatchUpTo(xParent, xLast, pcComp, uiLen);
-        if (xEarlier) {
-            return xEarlier;
+        for (const _NODE *pstChild = pstFirst; pstChild <= pstLast; ++pstChild) {
+            if (NameMatches(*pstChild, stComp)) {
+                return pstChild;
+            }
         }
     }
     if (stCursor.bAfterKnown && !stCursor.stAfter.MayHold(uiHash)) {
-        return pugi::xml_node();
+        return nullptr;
     }
     NameFilter stPassed;
     stPassed.Clear();
-    const pugi::xml_node xFrom = (stCursor.pstLast != nullptr) ? xLast.next_sibling() : xParent.first_child();
-    for (pugi::xml_node xChild = FirstElementFrom(xFrom); xChild; xChild = FirstElementFrom(xChild.next_sibling())) {
-        const char *pcName = xChild.name();
-        if (NameMatches(pcName, pcComp, uiLen)) {
+    for (const _NODE *pstChild = (pstLast != nullptr) ? pstLast + 1 : pstFirst; pstChild < pstEnd; ++pstChild) {
+        if (NameMatches(*pstChild, stComp)) {
             stCursor.stBeforeLast = stCursor.stUpToLast;
             stCursor.stBeforeLast.Merge(stPassed);
             stCursor.stUpToLast = stCursor.stBeforeLast;
-            /* usually the name is the component itself, whose hash is known */
-            if (pcName[uiLen] == '\0' && std::memcmp(pcName, pcComp, uiLen) == 0) {
-                AddName(stCursor.stUpToLast, pcName, uiLen, uiHash);
-            } else {
-                AddName(stCursor.stUpToLast, pcName);
-            }
-            stCursor.pstLast = xChild.internal_object();
-            return xChild;
+            AddName(stCursor.stUpToLast, *pstChild);
+            stCursor.pstLast = pstChild;
+            return pstChild;
         }
-        AddName(stPassed, pcName);
+        AddName(stPassed, *pstChild);
     }
     stCursor.stAfter = stPassed;
     stCursor.bAfterKnown = true;
-    return pugi::xml_node();
+    return nullptr;
 }
 
 } // namespace
@@ -391,18 +440,14 @@ extern "C" uint32_t KTL_XML_Parse(const char *pcText, _NODE **ppstRoot)
     if (pstDoc == nullptr) {
         return KTL_XML_ERR_NO_MEMORY;
     }
-    if (DocumentNodeOffsetOf(*pstDoc) != ExpectedDocumentNodeOffset()) {
-        delete pstDoc;
-        return CodeOfParseStatus(pugi::status_internal_error);
-    }
-    uint32_t uiRet = LoadText(&pstDoc->xDoc, pcText);
+    const uint32_t uiRet = LoadText(*pstDoc, pcText);
     if (uiRet != 0) {
         delete pstDoc;
         return uiRet;
     }
 
     g_uiLiveDocuments.fetch_add(1, std::memory_order_relaxed);
-    *ppstRoot = ToNode(pstDoc->xDoc.document_element());
+    *ppstRoot = &pstDoc->pstElements[0];
     return 0;
 }
 
@@ -411,7 +456,7 @@ extern "C" void KTL_XML_FreeNode(_NODE *pstRoot)
     if (pstRoot == nullptr) {
         return;
     }
-    delete DocumentOfRoot(pstRoot);
+    delete pstRoot->pstDoc;
     g_uiLiveDocuments.fetch_sub(1, std::memory_order_relaxed);
 }
 
@@ -434,29 +479,36 @@ extern "C" uint32_t KTL_XML_GetNodeByUrl(_NODE *pstStart, const char *pcPath, _N
     if (pstStart == nullptr || pcPath == nullptr) {
         return KTL_XML_ERR_NULL_ARG;
     }
-    const size_t uiPathLen = std::strlen(pcPath);
-    if (!IsWellFormedPath(pcPath, uiPathLen)) {
-        return KTL_XML_ERR_BAD_PATH;
-    }
 
-    pugi::xml_node xCurrent = FromNode(pstStart);
-    const char *pcEnd = pcPath + uiPathLen;
-    const char *pcComp = pcPath;
-    size_t uiLen = ComponentLength(pcComp, pcEnd);
-    if (!NameMatches(xCurrent.name(), pcComp, uiLen)) {
+    /* Each component is matched as soon as its end is found. After a component fails to
+     * match, the rest of the path is still checked, so that an empty component is refused
+     * whatever the document holds. */
+    const char *pcPathEnd = pcPath + std::strlen(pcPath);
+    const _NODE *pstCurrent = pstStart;
+    for (const char *pcComp = pcPath;;) {
+        const void *pvDot = std::memchr(pcComp, '.', static_cast<size_t>(pcPathEnd - pcComp));
+        const char *pcEnd = (pvDot != nullptr) ? static_cast<const char *>(pvDot) : pcPathEnd;
+        const size_t uiLen = static_cast<size_t>(pcEnd - pcComp);
+        if (uiLen == 0) {
+            return KTL_XML_ERR_BAD_PATH;
+        }
+        if (pstCurrent != nullptr) {
+            const Component stComp = {pcComp, uiLen, HashName(pcComp, uiLen)};
+            if (pcComp == pcPath) {
+                pstCurrent = NameMatches(*pstCurrent, stComp) ? pstCurrent : nullptr;
+            } else {
+                pstCurrent = FindChild(*pstCurrent, stComp);
+            }
+        }
+        if (pcEnd == pcPathEnd) {
+            break;
+        }
+        pcComp = pcEnd + 1;
+    }
+    if (pstCurrent == nullptr) {
         return KTL_XML_ERR_NOT_FOUND;
     }
-    Document *pstDoc = (pcComp + uiLen != pcEnd) ? DocumentOfNode(xCurrent) : nullptr;
-    while (pcComp + uiLen != pcEnd) {
-        pcComp += uiLen + 1;
-        uiLen = ComponentLength(pcComp, pcEnd);
-        xCurrent = FindChild(*pstDoc, xCurrent, pcComp, uiLen);
-        if (!xCurrent) {
-            return KTL_XML_ERR_NOT_FOUND;
-        }
-    }
-
-    *ppstNode = ToNode(xCurrent);
+    *ppstNode = const_cast<_NODE *>(pstCurrent);
     return 0;
 }
 
@@ -478,17 +530,10 @@ extern "C" uint32_t KTL_XML_GetNodeValue(_NODE *pstNode, uint32_t *puiUnused, ui
         return KTL_XML_ERR_INJECTED;
     }
 
-    pugi::xml_node xNode = FromNode(pstNode);
     if (ppcName != nullptr) {
-        /* Names point into the document's private, writable buffer. */
-        *ppcName = const_cast<char *>(xNode.name());
+        *ppcName = pstNode->pcName;
     }
-    for (pugi::xml_node xChild = xNode.first_child(); xChild; xChild = xChild.next_sibling()) {
-        if (IsCharacterData(xChild) && HasNonWhitespace(xChild.value())) {
-            *ppcValue = const_cast<char *>(xChild.value());
-            break;
-        }
-    }
+    *ppcValue = pstNode->pcValue;
     return 0;
 }
 
@@ -504,7 +549,7 @@ extern "C" uint32_t KTL_XML_GetAttr(_NODE *pstNode, uint32_t uiZero, const char 
         return KTL_XML_ERR_NULL_ARG;
     }
 
-    for (pugi::xml_attribute xAttr = FromNode(pstNode).first_attribute(); xAttr;
+    for (pugi::xml_attribute xAttr = pstNode->xElement.first_attribute(); xAttr;
          xAttr = xAttr.next_attribute()) {
         if (std::strcmp(xAttr.name(), pcName) == 0) {
             *ppcValue = const_cast<char *>(xAttr.value());
@@ -516,18 +561,18 @@ extern "C" uint32_t KTL_XML_GetAttr(_NODE *pstNode, uint32_t uiZero, const char 
 
 extern "C" _NODE *KTL_XML_GetNodeFirstChild(_NODE *pstNode)
 {
-    if (pstNode == nullptr) {
+    if (pstNode == nullptr || pstNode->uiChildren == 0) {
         return nullptr;
     }
-    return ToNode(FirstElementFrom(FromNode(pstNode).first_child()));
+    return pstNode->pstDoc->pstElements + pstNode->uiFirstChild;
 }
 
 extern "C" _NODE *KTL_XML_GetNodeNextSibling(_NODE *pstNode)
 {
-    if (pstNode == nullptr) {
+    if (pstNode == nullptr || pstNode->bLastChild) {
         return nullptr;
     }
-    return ToNode(FirstElementFrom(FromNode(pstNode).next_sibling()));
+    return pstNode + 1;
 }
 
 extern "C" uint32_t KTL_XML_GetNodeChildNum(_NODE *pstNode, uint32_t *puiNum)
@@ -539,14 +584,6 @@ extern "C" uint32_t KTL_XML_GetNodeChildNum(_NODE *pstNode, uint32_t *puiNum)
     if (pstNode == nullptr) {
         return KTL_XML_ERR_NULL_ARG;
     }
-
-    uint32_t uiCount = 0;
-    for (pugi::xml_node xChild = FromNode(pstNode).first_child(); xChild;
-         xChild = xChild.next_sibling()) {
-        if (IsElement(xChild)) {
-            ++uiCount;
-        }
-    }
-    *puiNum = uiCount;
+    *puiNum = pstNode->uiChildren;
     return 0;
 }

@@ -10,7 +10,9 @@
 #include "ktl_xml_test.h"
 
 #include <gtest/gtest.h>
+#include <pugixml.hpp>
 
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -259,6 +261,88 @@ TEST(KtlXmlParse, MalformedTextFailsWithParseCode)
         EXPECT_EQ(pstRoot, nullptr);
     }
     EXPECT_EQ(KTL_XML_LiveDocuments(), uiLiveBefore);
+}
+
+/* While it lives, pugixml's allocations (the document's pages and the library's list of its
+ * elements) go through here: the one after uiSucceed more fails, and every block handed out
+ * is counted until released. Create and destroy it while no document is alive. */
+class FailingXmlAllocator {
+public:
+    explicit FailingXmlAllocator(uint32_t uiSucceed)
+        : m_pfnOldAllocate(pugi::get_memory_allocation_function()),
+          m_pfnOldDeallocate(pugi::get_memory_deallocation_function())
+    {
+        s_uiLeft = uiSucceed;
+        s_iLiveBlocks = 0;
+        s_bFailed = false;
+        pugi::set_memory_management_functions(&Allocate, &Deallocate);
+    }
+    ~FailingXmlAllocator() { pugi::set_memory_management_functions(m_pfnOldAllocate, m_pfnOldDeallocate); }
+    FailingXmlAllocator(const FailingXmlAllocator &) = delete;
+    FailingXmlAllocator &operator=(const FailingXmlAllocator &) = delete;
+
+    bool Failed() const { return s_bFailed; }
+    int LiveBlocks() const { return s_iLiveBlocks; }
+
+private:
+    static void *Allocate(size_t uiSize)
+    {
+        if (!s_bFailed && s_uiLeft-- == 0) {
+            s_bFailed = true;
+            return nullptr;
+        }
+        void *pvBlock = std::malloc(uiSize);
+        s_iLiveBlocks += (pvBlock != nullptr) ? 1 : 0;
+        return pvBlock;
+    }
+    static void Deallocate(void *pvBlock)
+    {
+        s_iLiveBlocks -= (pvBlock != nullptr) ? 1 : 0;
+        std::free(pvBlock);
+    }
+
+    static uint32_t s_uiLeft;
+    static int s_iLiveBlocks;
+    static bool s_bFailed;
+    pugi::allocation_function m_pfnOldAllocate;
+    pugi::deallocation_function m_pfnOldDeallocate;
+};
+uint32_t FailingXmlAllocator::s_uiLeft;
+int FailingXmlAllocator::s_iLiveBlocks;
+bool FailingXmlAllocator::s_bFailed;
+
+TEST(KtlXmlParse, AnAllocationThatFailsGivesNoMemoryAndLeavesNothing)
+{
+    /* Thousands of the shortest elements: several parser pages, and a list of elements that
+     * has to grow twice, so every kind of allocation of a parse is made to fail in turn. */
+    std::string strText = "<r>";
+    for (int i = 0; i < 3000; ++i) {
+        strText += "<a/>";
+    }
+    strText += "<b>v</b></r>";
+    const uint32_t uiLiveBefore = KTL_XML_LiveDocuments();
+
+    uint32_t uiFailures = 0;
+    bool bParsed = false;
+    for (uint32_t uiSucceed = 0; !bParsed && uiSucceed < 1000; ++uiSucceed) {
+        FailingXmlAllocator oAllocator(uiSucceed);
+        _NODE *pstRoot = nullptr;
+        const uint32_t uiRet = KTL_XML_Parse(strText.c_str(), &pstRoot);
+        if (uiRet == 0) {
+            bParsed = true;
+            EXPECT_FALSE(oAllocator.Failed()) << "a parse succeeded although an allocation failed";
+            EXPECT_STREQ(ValueAt(pstRoot, "r.b"), "v");
+            KTL_XML_FreeNode(pstRoot);
+        } else {
+            ++uiFailures;
+            EXPECT_EQ(uiRet, KTL_XML_ERR_NO_MEMORY) << "allocation " << uiSucceed;
+            EXPECT_EQ(pstRoot, nullptr);
+        }
+        EXPECT_EQ(oAllocator.LiveBlocks(), 0) << "allocation " << uiSucceed;
+        EXPECT_EQ(KTL_XML_LiveDocuments(), uiLiveBefore);
+    }
+    EXPECT_TRUE(bParsed);
+    EXPECT_GE(uiFailures, 3u) << "the parser's page, the list and its growth each failed once";
 }
 
 TEST(KtlXmlParse, LiveDocumentCountFollowsParseAndFree)

@@ -91,6 +91,42 @@ TEST(KtlXmlNavigation, ElementWithTextOnlyHasNoChildren)
     EXPECT_EQ(KTL_XML_GetNodeFirstChild(pstLeaf), nullptr);
 }
 
+TEST(KtlXmlNavigation, EveryElementOfADocumentOfTinyElementsIsReachable)
+{
+    /* "<a/>" is the shortest element: far more elements per byte than answers hold, so the
+     * library's list of elements has to grow while the document is read. */
+    const uint32_t uiCount = 20000;
+    std::string strText = "<r>";
+    for (uint32_t i = 0; i < uiCount; ++i) {
+        strText += (i % 1000 == 999) ? "<a><b/>" + std::to_string(i) + "</a>" : std::string("<a/>");
+    }
+    strText += "<z>end</z></r>";
+    ParsedDocument oDoc(strText.c_str());
+    ASSERT_EQ(oDoc.Code(), 0u);
+
+    uint32_t uiNum = 0;
+    ASSERT_EQ(KTL_XML_GetNodeChildNum(oDoc.Root(), &uiNum), 0u);
+    EXPECT_EQ(uiNum, uiCount + 1);
+    uint32_t uiWalked = 0;
+    uint32_t uiWithChild = 0;
+    _NODE *pstLast = nullptr;
+    for (_NODE *pstChild = KTL_XML_GetNodeFirstChild(oDoc.Root()); pstChild != nullptr;
+         pstChild = KTL_XML_GetNodeNextSibling(pstChild)) {
+        ++uiWalked;
+        if (KTL_XML_GetNodeFirstChild(pstChild) != nullptr) {
+            ++uiWithChild;
+            EXPECT_STREQ(ValueOf(pstChild), std::to_string(uiWalked - 1).c_str());
+            EXPECT_EQ(KTL_XML_GetNodeNextSibling(KTL_XML_GetNodeFirstChild(pstChild)), nullptr);
+        }
+        pstLast = pstChild;
+    }
+    EXPECT_EQ(uiWalked, uiCount + 1);
+    EXPECT_EQ(uiWithChild, uiCount / 1000);
+    EXPECT_EQ(pstLast, NodeAt(oDoc.Root(), "r.z"));
+    EXPECT_STREQ(ValueAt(oDoc.Root(), "r.z"), "end");
+    EXPECT_STREQ(ValueAt(oDoc.Root(), "r.a"), nullptr) << "the first <a> holds nothing";
+}
+
 TEST(KtlXmlNavigation, NullNodeGivesNullOrFailure)
 {
     EXPECT_EQ(KTL_XML_GetNodeFirstChild(nullptr), nullptr);
@@ -365,6 +401,17 @@ TEST(KtlXmlValue, CdataIsCharacterData)
     ASSERT_EQ(oDoc.Code(), 0u);
     EXPECT_STREQ(ValueAt(oDoc.Root(), "r.a"), "<raw & text>");
     EXPECT_STREQ(ValueAt(oDoc.Root(), "r.b"), "after");
+}
+
+TEST(KtlXmlValue, TextAfterACommentOrAWhitespaceOnlyCdataIsTheValue)
+{
+    /* The parser keeps no comment node, so the text after one is the element's first child;
+     * a CDATA section is a child of its own and comes first when it holds characters. */
+    ParsedDocument oDoc("<r><a><!-- note -->text</a><b><![CDATA[  ]]> t </b><c><![CDATA[cd]]>text</c></r>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    EXPECT_STREQ(ValueAt(oDoc.Root(), "r.a"), "text");
+    EXPECT_STREQ(ValueAt(oDoc.Root(), "r.b"), " t ");
+    EXPECT_STREQ(ValueAt(oDoc.Root(), "r.c"), "cd");
 }
 
 TEST(KtlXmlValue, ElementWithoutCharacterDataGivesZeroAndNull)
