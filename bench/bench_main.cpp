@@ -27,6 +27,9 @@
  *                                    every case whose name contains it) N times (default
  *                                    200) without timing, for callgrind; the random source
  *                                    is a fixed sequence so instruction counts repeat
+ *   --module-only                    with --probe: the module call alone, without the raw
+ *                                    parse and the floor's writes (for perf, which cannot
+ *                                    collect one function's callees as callgrind can)
  *   --dump-answers=<dir>             write every generated answer to <dir> and exit
  *   --malloc-fixed                   fix glibc's mmap (32 MiB) and trim (64 MiB) thresholds before
  *                                    timing, instead of its dynamic adjustment
@@ -545,17 +548,19 @@ __attribute__((noinline)) void ProbeFloorWrites(PreparedCase &stPrepared)
     ReplayFloor(stPrepared.stFloor);
 }
 
-void RunProbeCalls(PreparedCase &stPrepared, uint32_t uiCalls)
+void RunProbeCalls(PreparedCase &stPrepared, uint32_t uiCalls, bool bModuleOnly)
 {
     for (uint32_t i = 0; i < uiCalls; ++i) {
         ClearRecord(stPrepared);
         benchmark::DoNotOptimize(ProbeModuleCall(stPrepared));
-        ProbeRawParse(stPrepared);
-        ProbeFloorWrites(stPrepared);
+        if (!bModuleOnly) {
+            ProbeRawParse(stPrepared);
+            ProbeFloorWrites(stPrepared);
+        }
     }
 }
 
-int Probe(const std::string &strPattern, uint32_t uiCalls)
+int Probe(const std::string &strPattern, uint32_t uiCalls, bool bModuleOnly)
 {
     std::vector<AnswerCase> vecCases = EveryAnswer();
     /* a case named exactly so runs alone; otherwise every case whose name contains it */
@@ -569,7 +574,7 @@ int Probe(const std::string &strPattern, uint32_t uiCalls)
         }
         std::unique_ptr<PreparedCase> pPrepared = MakeReady(std::move(stCase));
         RecordFloor(*pPrepared);
-        RunProbeCalls(*pPrepared, uiCalls);
+        RunProbeCalls(*pPrepared, uiCalls, bModuleOnly);
         std::printf("probe %s: %u calls\n", pPrepared->stCase.strName.c_str(), uiCalls);
         ++iRun;
     }
@@ -604,6 +609,7 @@ struct Options {
     std::string strDumpDir;
     bool bMallocFixed = false;
     bool bFixedRandom = false;
+    bool bModuleOnly = false;
 };
 
 Options TakeOptions(int &argc, char **argv)
@@ -622,6 +628,8 @@ Options TakeOptions(int &argc, char **argv)
             stOptions.bMallocFixed = true;
         } else if (strArg == "--fixed-random") {
             stOptions.bFixedRandom = true;
+        } else if (strArg == "--module-only") {
+            stOptions.bModuleOnly = true;
         } else {
             argv[iOut++] = argv[i];
         }
@@ -651,7 +659,7 @@ int main(int argc, char **argv)
         return DumpAnswers(stOptions.strDumpDir);
     }
     if (!stOptions.strProbe.empty()) {
-        return Probe(stOptions.strProbe, stOptions.uiCalls);
+        return Probe(stOptions.strProbe, stOptions.uiCalls, stOptions.bModuleOnly);
     }
 
     benchmark::Initialize(&argc, argv);

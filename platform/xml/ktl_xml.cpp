@@ -33,6 +33,7 @@
 #include <cstddef>
 #include <cstring>
 #include <new>
+#include <type_traits>
 
 namespace {
 struct Document;
@@ -222,6 +223,33 @@ bool Holds(pugi::xml_node xNode)
     return NodeHandle(xNode).Holds();
 }
 
+/* The same for pugixml's attribute handle, whose one pointer is private: the header
+ * declares it as the class's only member, so the handle's bytes are that pointer. */
+static_assert(sizeof(pugi::xml_attribute) == sizeof(void *) &&
+                  std::is_trivially_copyable<pugi::xml_attribute>::value,
+              "pugixml's attribute handle is one pointer");
+
+bool Holds(pugi::xml_attribute xAttr)
+{
+    void *pvAttr;
+    std::memcpy(&pvAttr, &xAttr, sizeof(pvAttr));
+    return pvAttr != nullptr;
+}
+
+/* strcmp(pcA, pcB) == 0, inline: attribute names are a few characters long, shorter than
+ * what a call into the C library's vector routine pays for itself on. */
+bool SameText(const char *pcA, const char *pcB)
+{
+    while (*pcA == *pcB) {
+        if (*pcA == '\0') {
+            return true;
+        }
+        ++pcA;
+        ++pcB;
+    }
+    return false;
+}
+
 /* pugixml accepts several top-level elements; an answer must be one document, so a second
  * root element is refused. (Character data beside the root is dropped by pugixml itself and
  * never reaches a caller.) */
@@ -279,9 +307,12 @@ bool AppendElement(Document &stDoc, pugi::xml_node xElement)
     if (!ReserveElements(stDoc, stDoc.uiElements + 1)) {
         return false;
     }
+    /* One pass finds the first ':' or the end; names without a prefix need no other. */
     char *pcName = const_cast<char *>(xElement.name());
-    const size_t uiNameLen = std::strlen(pcName);
-    const char *pcColon = static_cast<const char *>(std::memchr(pcName, ':', uiNameLen));
+    const char *pcColon = strchrnul(pcName, ':');
+    const bool bColon = (*pcColon == ':');
+    const size_t uiNameLen = static_cast<size_t>(pcColon - pcName) + (bColon ? std::strlen(pcColon) : 0);
+    pcColon = bColon ? pcColon : nullptr;
     const uint32_t uiLocalAt =
         (pcColon != nullptr && pcColon != pcName) ? static_cast<uint32_t>(pcColon + 1 - pcName) : 0;
     const uint32_t uiLocalHash = (uiLocalAt != 0) ? HashName(pcName + uiLocalAt, uiNameLen - uiLocalAt) : 0;
@@ -480,14 +511,12 @@ extern "C" uint32_t KTL_XML_GetNodeByUrl(_NODE *pstStart, const char *pcPath, _N
         return KTL_XML_ERR_NULL_ARG;
     }
 
-    /* Each component is matched as soon as its end is found. After a component fails to
-     * match, the rest of the path is still checked, so that an empty component is refused
-     * whatever the document holds. */
-    const char *pcPathEnd = pcPath + std::strlen(pcPath);
+    /* Each component is matched as soon as its end is found (strchrnul: one pass finds the
+     * next dot or the terminator). After a component fails to match, the rest of the path
+     * is still checked, so that an empty component is refused whatever the document holds. */
     const _NODE *pstCurrent = pstStart;
     for (const char *pcComp = pcPath;;) {
-        const void *pvDot = std::memchr(pcComp, '.', static_cast<size_t>(pcPathEnd - pcComp));
-        const char *pcEnd = (pvDot != nullptr) ? static_cast<const char *>(pvDot) : pcPathEnd;
+        const char *pcEnd = strchrnul(pcComp, '.');
         const size_t uiLen = static_cast<size_t>(pcEnd - pcComp);
         if (uiLen == 0) {
             return KTL_XML_ERR_BAD_PATH;
@@ -500,7 +529,7 @@ extern "C" uint32_t KTL_XML_GetNodeByUrl(_NODE *pstStart, const char *pcPath, _N
                 pstCurrent = FindChild(*pstCurrent, stComp);
             }
         }
-        if (pcEnd == pcPathEnd) {
+        if (*pcEnd == '\0') {
             break;
         }
         pcComp = pcEnd + 1;
@@ -549,9 +578,9 @@ extern "C" uint32_t KTL_XML_GetAttr(_NODE *pstNode, uint32_t uiZero, const char 
         return KTL_XML_ERR_NULL_ARG;
     }
 
-    for (pugi::xml_attribute xAttr = pstNode->xElement.first_attribute(); xAttr;
+    for (pugi::xml_attribute xAttr = pstNode->xElement.first_attribute(); Holds(xAttr);
          xAttr = xAttr.next_attribute()) {
-        if (std::strcmp(xAttr.name(), pcName) == 0) {
+        if (SameText(xAttr.name(), pcName)) {
             *ppcValue = const_cast<char *>(xAttr.value());
             return 0;
         }

@@ -112,6 +112,20 @@ TEST_F(ResolveTest, HostTooLongForItsBufferIsNotResolved)
     EXPECT_THAT(m_resolver.Calls(), IsEmpty());
 }
 
+// The longest host name there is (253 characters and the root's dot) is read whole.
+TEST_F(ResolveTest, LongestHostNameIsReadWholeAndResolved)
+{
+    const std::string strLabel(63, 'h');
+    const std::string strHost = strLabel + "." + strLabel + "." + strLabel + "." + std::string(61, 'h') + ".";
+    ASSERT_EQ(strHost.size(), 254u);
+    m_resolver.Answer(strHost, 2, 0, {"192.0.2.9"});
+    std::string strOut;
+    EXPECT_EQ(Resolve(strHost + ":80", &strOut), 0u);
+    EXPECT_EQ(strOut, "192.0.2.9:80");
+    ASSERT_EQ(m_resolver.Calls().size(), 1u);
+    EXPECT_EQ(m_resolver.Calls()[0].strHost, strHost);
+}
+
 TEST_F(ResolveTest, PortZeroGivesBareAddresses)
 {
     m_resolver.Answer("h.example.com", 2, 0, {"192.0.2.1", "192.0.2.2"});

@@ -5,7 +5,11 @@
 
 #include <cstdint>
 #include <cstring>
+#include <set>
 #include <thread>
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -121,6 +125,60 @@ TEST_F(QevRandom, ZeroLengthIsANoOp)
     EXPECT_EQ(QEV_CPYPT_RealRandom(&ucByte, 0), 0u);
     EXPECT_EQ(ucByte, 0x5A);
     EXPECT_EQ(uiCalls, 0u);
+}
+
+// Small draws come from a pool refilled in bulk: across many refills no bytes come twice.
+// (Two equal 8-byte draws out of 200 happen by chance with probability about 1e-15.)
+TEST_F(QevRandom, SmallDrawsNeverRepeatAcrossRefills)
+{
+    std::set<uint64_t> setSeen;
+    for (int i = 0; i < 200; ++i) {
+        uint64_t ulDraw = 0;
+        ASSERT_EQ(QEV_CPYPT_RealRandom(&ulDraw, sizeof(ulDraw)), 0u);
+        EXPECT_TRUE(setSeen.insert(ulDraw).second) << "draw " << i << " repeated an earlier one";
+    }
+}
+
+// Draws of every size up to and past what the pool serves fill exactly what was asked.
+TEST_F(QevRandom, DrawsOfEverySizeFillExactlyTheirLength)
+{
+    for (uint32_t uiLen = 1; uiLen <= 80; ++uiLen) {
+        unsigned char aucOut[96];
+        std::memset(aucOut, 0xEE, sizeof(aucOut));
+        ASSERT_EQ(QEV_CPYPT_RealRandom(aucOut, uiLen), 0u);
+        for (uint32_t i = uiLen; i < sizeof(aucOut); ++i) {
+            ASSERT_EQ(aucOut[i], 0xEE) << "a draw of " << uiLen << " bytes wrote byte " << i;
+        }
+    }
+}
+
+// A forked child must not hand out the bytes its parent will: the pool it inherited is
+// dropped, so the child's next draw and the parent's next draw differ.
+TEST_F(QevRandom, AForkedChildDoesNotRepeatItsParentsDraws)
+{
+    uint64_t ulWarm = 0;
+    ASSERT_EQ(QEV_CPYPT_RealRandom(&ulWarm, sizeof(ulWarm)), 0u); // the pool now holds bytes
+    int aiPipe[2];
+    ASSERT_EQ(pipe(aiPipe), 0);
+    const pid_t iChild = fork();
+    ASSERT_NE(iChild, -1);
+    if (iChild == 0) {
+        uint64_t ulChild = 0;
+        const bool bOk = QEV_CPYPT_RealRandom(&ulChild, sizeof(ulChild)) == 0 &&
+                         write(aiPipe[1], &ulChild, sizeof(ulChild)) == static_cast<ssize_t>(sizeof(ulChild));
+        _exit(bOk ? 0 : 1);
+    }
+    close(aiPipe[1]);
+    uint64_t ulParent = 0;
+    ASSERT_EQ(QEV_CPYPT_RealRandom(&ulParent, sizeof(ulParent)), 0u);
+    uint64_t ulChild = 0;
+    const ssize_t iRead = read(aiPipe[0], &ulChild, sizeof(ulChild));
+    close(aiPipe[0]);
+    int iStatus = 0;
+    ASSERT_EQ(waitpid(iChild, &iStatus, 0), iChild);
+    ASSERT_TRUE(WIFEXITED(iStatus) && WEXITSTATUS(iStatus) == 0);
+    ASSERT_EQ(iRead, static_cast<ssize_t>(sizeof(ulChild)));
+    EXPECT_NE(ulChild, ulParent) << "the child drew the bytes its parent drew";
 }
 
 } // namespace

@@ -21,6 +21,8 @@
  */
 #include "atrium_frame.h"
 
+#include <cstring>
+
 namespace {
 
 const uint32_t HOST_CAPACITY = 256;          /* host part of "host:port" */
@@ -261,7 +263,16 @@ uint32_t XmlAtriumGetIpFromDomain(char *pcOut, uint32_t uiOutLen, const char *pc
     acHost[0] = '\0';
     const char *pcColon = KOSA_StrChr(pcUri, ':');
     if (pcColon != nullptr) {
-        (void)qev_sscanf_s(pcUri, "%[^:]", acHost, HOST_CAPACITY);
+        /* The host is what "%[^:]" scans: everything before the first ':'. A host that
+         * fits is copied as the scan would copy it, without interpreting the format once
+         * per address; an empty or over-long one gets the scan's own outcome. */
+        const size_t uiHostLen = static_cast<size_t>(pcColon - pcUri);
+        if (uiHostLen != 0 && uiHostLen < HOST_CAPACITY) {
+            std::memcpy(acHost, pcUri, uiHostLen);
+            acHost[uiHostLen] = '\0';
+        } else {
+            (void)qev_sscanf_s(pcUri, "%[^:]", acHost, HOST_CAPACITY);
+        }
     }
     if (CheckIsDomain(acHost) == 0) {
         (void)qev_strcpy_s(pcOut, uiOutLen, pcUri);
