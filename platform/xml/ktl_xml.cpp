@@ -300,15 +300,15 @@ bool ReserveElements(Document &stDoc, uint32_t uiWanted)
     return true;
 }
 
-/* Appends pugixml's element xElement as the last child so far of its parent. The parent
- * fills in the links (uiFirstChild, uiChildren) once all its children are in. */
-bool AppendElement(Document &stDoc, pugi::xml_node xElement)
+/* Appends pugixml's element xElement, whose name is pcName, as the last child so far of its
+ * parent. The parent fills in the links (uiFirstChild, uiChildren) once all its children
+ * are in. */
+bool AppendElement(Document &stDoc, pugi::xml_node xElement, char *pcName)
 {
     if (!ReserveElements(stDoc, stDoc.uiElements + 1)) {
         return false;
     }
     /* One pass finds the first ':' or the end; names without a prefix need no other. */
-    char *pcName = const_cast<char *>(xElement.name());
     const char *pcColon = strchrnul(pcName, ':');
     const bool bColon = (*pcColon == ':');
     const size_t uiNameLen = static_cast<size_t>(pcColon - pcName) + (bColon ? std::strlen(pcColon) : 0);
@@ -322,6 +322,13 @@ bool AppendElement(Document &stDoc, pugi::xml_node xElement)
     return true;
 }
 
+/* With these options pugixml makes no declaration, processing-instruction, doctype or
+ * comment nodes, so a child of an element is an element (named) or text or CDATA (no name):
+ * the name the walk needs anyway tells an element apart, without asking for the type. */
+static_assert((KTL_XML_PUGIXML_OPTIONS & (pugi::parse_declaration | pugi::parse_pi | pugi::parse_doctype |
+                                          pugi::parse_comments)) == 0,
+              "only elements have names among the children of an element");
+
 /*
  * Lists every element breadth first: the array itself is the queue. For each element, its
  * children are appended in document order, and its value is found on the way: the text
@@ -333,7 +340,8 @@ bool ListElements(Document &stDoc, pugi::xml_node xRoot, size_t uiTextLen)
     /* An element takes at least 4 bytes ("<a/>"); those of answers take about 20. The array
      * doubles when a text holds more. */
     const size_t uiGuess = std::min<size_t>(uiTextLen / 16 + 16, UINT32_MAX);
-    if (!ReserveElements(stDoc, static_cast<uint32_t>(uiGuess)) || !AppendElement(stDoc, xRoot)) {
+    if (!ReserveElements(stDoc, static_cast<uint32_t>(uiGuess)) ||
+        !AppendElement(stDoc, xRoot, const_cast<char *>(xRoot.name()))) {
         return false;
     }
     stDoc.pstElements[0].bLastChild = true;
@@ -343,13 +351,12 @@ bool ListElements(Document &stDoc, pugi::xml_node xRoot, size_t uiTextLen)
         char *pcValue = const_cast<char *>(xElement.value());
         pcValue = HasNonWhitespace(pcValue) ? pcValue : nullptr;
         for (pugi::xml_node xChild = xElement.first_child(); Holds(xChild); xChild = xChild.next_sibling()) {
-            const pugi::xml_node_type eType = xChild.type();
-            if (eType == pugi::node_element) {
-                if (!AppendElement(stDoc, xChild)) {
+            char *pcName = const_cast<char *>(xChild.name());
+            if (*pcName != '\0') {
+                if (!AppendElement(stDoc, xChild, pcName)) {
                     return false;
                 }
-            } else if (pcValue == nullptr && (eType == pugi::node_pcdata || eType == pugi::node_cdata) &&
-                       HasNonWhitespace(xChild.value())) {
+            } else if (pcValue == nullptr && HasNonWhitespace(xChild.value())) {
                 pcValue = const_cast<char *>(xChild.value());
             }
         }
