@@ -314,8 +314,8 @@ void CheckXPathAlternative(const std::string &strName, const std::string &strBod
     const uint32_t uiXPath = XPathParseLogin(strBody, strHost.c_str(), pXPath.get());
     QEV_CPYPT_SetRandomHook(nullptr, nullptr);
     const bool bSame = uiModule == uiXPath && SameUser(*pModule, *pXPath);
-    ReleaseUserRecord(pModule.get());
-    ReleaseUserRecord(pXPath.get());
+    ReleaseUserHandedOver(*pModule);
+    ReleaseUserHandedOver(*pXPath);
     if (!bSame) {
         Die(strName + ": the libxml2 + XPath reading does not produce the module's record");
     }
@@ -453,7 +453,7 @@ void BenchXPath(benchmark::State &state, PreparedCase *pstPrepared, std::string 
     for (auto _ : state) {
         std::memset(pUser.get(), 0, sizeof(UserRecord));
         benchmark::DoNotOptimize(XPathParseLogin(pstPrepared->stCase.strBody, strHost.c_str(), pUser.get()));
-        ReleaseUserRecord(pUser.get());
+        ReleaseUserHandedOver(*pUser);
     }
 }
 

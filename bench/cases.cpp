@@ -41,7 +41,7 @@ AnswerCase PortalLogin(const std::string &strName, const PortalShape &stShape)
                               [strHost](const std::string &strBody, UserRecord *pstUser) {
                                   const uint32_t uiRet =
                                       XmlParseAtriumLoginResult(strBody.c_str(), strHost.c_str(), pstUser);
-                                  ReleaseUserRecord(pstUser);
+                                  ReleaseUserHandedOver(*pstUser);
                                   return uiRet;
                               });
 }
@@ -146,15 +146,6 @@ const char RIGHT_CONFIG_PROFILE_FILE[] = "/tmp/atrium-bench-profile.xml";
 
 } // namespace
 
-void ReleaseUserRecord(tagLOGIN_S_ATRIUM_USER_INFO *pstUser)
-{
-    if (pstUser->pstSiteInfo != nullptr) {
-        freeSiteMem(pstUser->pstSiteInfo, 1);
-    }
-    BENCH_FREE(pstUser->stSipServerList.pstServer);
-    BENCH_FREE(pstUser->pstExtraParm);
-}
-
 std::vector<AnswerCase> AllCases()
 {
     std::vector<AnswerCase> vecCases;
@@ -176,7 +167,7 @@ std::vector<AnswerCase> AllCases()
                                           RawParser::Xml, [](const std::string &strBody, UserRecord *pstUser) {
                                               const uint32_t uiRet =
                                                   XmlParseAtriumGetServerListRst(strBody.c_str(), pstUser);
-                                              ReleaseUserRecord(pstUser);
+                                              ReleaseUserHandedOver(*pstUser);
                                               return uiRet;
                                           }));
     vecCases.push_back(PlainXml<UserRecord>("portal/auth_token", AuthTokenAnswer(), XmlParseAtriumAuthToken));

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "atrium_xml.h"
+#include "handed_over.h"
 
 namespace bench {
 
@@ -39,10 +40,6 @@ struct AnswerCase {
     std::function<void(void *pvRecord)> fnPrepare; /* builders: fill the request record */
     std::string strXPathHost;                      /* portal logins: the login host, for the libxml2 + XPath run */
 };
-
-/* Releases what a portal answer hands the caller: the selected site, the SIP server list,
- * the extra parameters. */
-void ReleaseUserRecord(tagLOGIN_S_ATRIUM_USER_INFO *pstUser);
 
 /* Every answer kind in its sizes, in the order of the table. */
 std::vector<AnswerCase> AllCases();

@@ -92,9 +92,7 @@ void ServiceSites(const Text &body, uint8_t ucSelector)
     FUZZ_CHECK(IsResultOrLibraryCode(uiRet, {0, 1}));
     FUZZ_CHECK((uiRet == 0) == (stTemp.pstSite != nullptr));
     CheckTempUser(stTemp);
-    if (stTemp.pstSite != nullptr) {
-        freeSiteMem(stTemp.pstSite, 1);
-    }
+    ReleaseTempUserHandedOver(stTemp);
     frame.Finish();
 }
 

@@ -23,7 +23,7 @@ void Login(const Text &body, uint8_t ucSelector)
     uint32_t uiRet = XmlParseAtriumLoginResult(body.c_str(), OwnHost(ucSelector), &stUser);
     FUZZ_CHECK(IsResultOrLibraryCode(uiRet, {0, 1}));
     CheckUser(stUser);
-    ReleaseUser(stUser);
+    ReleaseUserHandedOver(stUser);
     /* An extra parameter whose value cannot be read returns with the document kept. */
     frame.Finish(uiRet > 255 ? 1 : 0);
 }
@@ -61,7 +61,7 @@ void ServerList(const Text &body)
     uint32_t uiRet = XmlParseAtriumGetServerListRst(body.c_str(), &stUser);
     FUZZ_CHECK(IsResultOrLibraryCode(uiRet, {0, 1}));
     CheckUser(stUser);
-    ReleaseUser(stUser);
+    ReleaseUserHandedOver(stUser);
     frame.Finish();
 }
 

@@ -295,16 +295,6 @@ void CheckTempUser(const tagXML_S_TANDEM_TEMPUSER_INFO &stTempUser)
     }
 }
 
-void ReleaseUser(tagLOGIN_S_ATRIUM_USER_INFO &stUser)
-{
-    if (stUser.pstSiteInfo != nullptr) {
-        freeSiteMem(stUser.pstSiteInfo, 1);
-        stUser.pstSiteInfo = nullptr;
-    }
-    KOSA_MemFreeSetNullD(reinterpret_cast<void **>(&stUser.stSipServerList.pstServer), __LINE__, __FILE__);
-    KOSA_MemFreeSetNullD(reinterpret_cast<void **>(&stUser.pstExtraParm), __LINE__, __FILE__);
-}
-
 } // namespace atrium_fuzz
 
 #ifndef ATRIUM_FUZZ_REPLAY

@@ -28,6 +28,7 @@
 #include <string>
 
 #include "atrium_xml.h"
+#include "handed_over.h"
 
 #ifdef ATRIUM_FUZZ_REPLAY
 #define ATRIUM_FUZZ_TARGET(name) int name(const uint8_t *pucData, size_t uiSize)
@@ -100,7 +101,6 @@ void CheckTerminated(const char (&acField)[N])
 void CheckSite(const tagLOGIN_S_SITE &stSite);
 void CheckUser(const tagLOGIN_S_ATRIUM_USER_INFO &stUser);
 void CheckTempUser(const tagXML_S_TANDEM_TEMPUSER_INFO &stTempUser);
-void ReleaseUser(tagLOGIN_S_ATRIUM_USER_INFO &stUser);
 
 template <typename Record>
 Record Cleared()

@@ -134,7 +134,7 @@ Outcome RunLogin(const std::string &strBody, const CallContext &)
     Outcome stOut;
     stOut.uiResult = XmlParseAtriumLoginResult(strBody.c_str(), OWN_SITE_HOST, &stUser);
     stOut.strRecord = FlattenUser(stUser);
-    ReleaseUser(stUser);
+    ReleaseUserHandedOver(stUser);
     return stOut;
 }
 
@@ -145,7 +145,7 @@ Outcome RunServerList(const std::string &strBody, const CallContext &)
     Outcome stOut;
     stOut.uiResult = XmlParseAtriumGetServerListRst(strBody.c_str(), &stUser);
     stOut.strRecord = FlattenUser(stUser);
-    ReleaseUser(stUser);
+    ReleaseUserHandedOver(stUser);
     return stOut;
 }
 
@@ -155,7 +155,7 @@ Outcome RunAuthToken(const std::string &strBody, const CallContext &)
     Outcome stOut;
     stOut.uiResult = XmlParseAtriumAuthToken(strBody.c_str(), &stUser);
     stOut.strRecord = FlattenUser(stUser);
-    ReleaseUser(stUser);
+    ReleaseUserHandedOver(stUser);
     return stOut;
 }
 
@@ -191,7 +191,7 @@ Outcome RunTempuserServiceTp(const std::string &strBody, const CallContext &)
     Outcome stOut;
     stOut.uiResult = XmlParseTandemTempuserServiceTp(strBody.c_str(), GUEST_SITE_KEY, &stTemp);
     stOut.strRecord = FlattenTempUser(stTemp);
-    ReleaseTempUser(stTemp);
+    ReleaseTempUserHandedOver(stTemp);
     return stOut;
 }
 
@@ -406,24 +406,6 @@ std::string FlattenTempUser(const tagXML_S_TANDEM_TEMPUSER_INFO &stTempUser)
     std::memcpy(&stCopy, &stTempUser, sizeof(stCopy));
     stCopy.pstSite = nullptr;
     return BytesOf(stCopy) + "|site:" + FlattenSite(stTempUser.pstSite);
-}
-
-void ReleaseUser(tagLOGIN_S_ATRIUM_USER_INFO &stUser)
-{
-    if (stUser.pstSiteInfo != nullptr) {
-        freeSiteMem(stUser.pstSiteInfo, 1);
-        stUser.pstSiteInfo = nullptr;
-    }
-    KOSA_MemFreeSetNullD(reinterpret_cast<void **>(&stUser.stSipServerList.pstServer), __LINE__, __FILE__);
-    KOSA_MemFreeSetNullD(reinterpret_cast<void **>(&stUser.pstExtraParm), __LINE__, __FILE__);
-}
-
-void ReleaseTempUser(tagXML_S_TANDEM_TEMPUSER_INFO &stTempUser)
-{
-    if (stTempUser.pstSite != nullptr) {
-        freeSiteMem(stTempUser.pstSite, 1);
-        stTempUser.pstSite = nullptr;
-    }
 }
 
 DeterministicResolver::DeterministicResolver()

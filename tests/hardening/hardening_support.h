@@ -19,6 +19,7 @@
 #include <string>
 #include <vector>
 
+#include "handed_over.h"
 #include "module_test.h"
 
 namespace hardening {
@@ -42,9 +43,6 @@ std::string FlattenSite(const tagLOGIN_S_SITE *pstSite);
 /* The portal user record with the selected site, SIP server list and extra parameters. */
 std::string FlattenUser(const tagLOGIN_S_ATRIUM_USER_INFO &stUser);
 std::string FlattenTempUser(const tagXML_S_TANDEM_TEMPUSER_INFO &stTempUser);
-/* Frees what the portal user and guest records hand to the caller. */
-void ReleaseUser(tagLOGIN_S_ATRIUM_USER_INFO &stUser);
-void ReleaseTempUser(tagXML_S_TANDEM_TEMPUSER_INFO &stTempUser);
 
 /*
  * Resolver double for any number of threads: a host name whose first label is

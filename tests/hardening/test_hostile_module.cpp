@@ -16,7 +16,6 @@ namespace {
 
 using hardening::FlattenUser;
 using hardening::ReadAnswer;
-using hardening::ReleaseUser;
 using ::testing::ElementsAre;
 
 using User = tagLOGIN_S_ATRIUM_USER_INFO;
@@ -68,7 +67,7 @@ uint32_t ParseCode(const std::string &strBody)
 class HostileModuleTest : public ModuleTest {
 protected:
     /* Portal login with the own host of the hardening answers; the caller frees with
-     * ReleaseUser. */
+     * ReleaseUserHandedOver. */
     uint32_t Login(const std::string &strBody, User &stUser)
     {
         RandomFeed feed({3, 1, 4, 1, 5});
@@ -88,7 +87,7 @@ TEST_F(HostileModuleTest, HundredThousandLevelsUnderTheExtraParametersDropThem)
     EXPECT_STREQ(stUser.acAccessToken, "tok");
     EXPECT_EQ(stUser.uiExtraParmNum, 0u) << "the outer element has no text of its own";
     EXPECT_EQ(stUser.pstExtraParm, nullptr);
-    ReleaseUser(stUser);
+    ReleaseUserHandedOver(stUser);
 }
 
 TEST_F(HostileModuleTest, HundredThousandLevelsOfResultsInAConferenceLogin)
@@ -136,7 +135,7 @@ TEST_F(HostileModuleTest, SixteenMebibyteAttributesLeaveTheirFieldsEmpty)
     EXPECT_TRUE(m_resolver.Calls().empty()) << "an over-long host is never resolved";
     ASSERT_EQ(stUser.stSipServerList.uiNum, 1u);
     EXPECT_STREQ(stUser.stSipServerList.pstServer[0].acHost, "");
-    ReleaseUser(stUser);
+    ReleaseUserHandedOver(stUser);
 }
 
 TEST_F(HostileModuleTest, SixteenMebibyteTokenIsNotCopiedAndTheParseGoesOn)
@@ -204,7 +203,7 @@ TEST_F(HostileModuleTest, TwoThousandSitesAreAllParsedSelectedAndListed)
     EXPECT_EQ(stUser.stSipServerList.uiNum, uiSites);
     EXPECT_STREQ(stUser.stSipServerList.pstServer[uiSites - 1].acHost, "10.7.207.1");
     EXPECT_EQ(LiveBlocksSinceStart(), 3u) << "the caller holds the selected site's record and groups, and the SIP list";
-    ReleaseUser(stUser);
+    ReleaseUserHandedOver(stUser);
     EXPECT_EQ(LiveBlocksSinceStart(), 0u);
 }
 
@@ -224,7 +223,7 @@ TEST_F(HostileModuleTest, ThreeThousandGroupsInOneSiteGiveThreeSelectedAndEveryS
     ASSERT_NE(stUser.pstSiteInfo, nullptr);
     EXPECT_EQ(stUser.pstSiteInfo->uiNumOfAccessServer, 3u);
     EXPECT_EQ(stUser.stSipServerList.uiNum, uiGroups);
-    ReleaseUser(stUser);
+    ReleaseUserHandedOver(stUser);
 }
 
 TEST_F(HostileModuleTest, LongListsStopAtTheirCapacities)
@@ -236,7 +235,7 @@ TEST_F(HostileModuleTest, LongListsStopAtTheirCapacities)
     ASSERT_EQ(Login(strBody, stUser), 0u);
     EXPECT_EQ(stUser.uiExtraParmNum, LOGIN_EXTRA_PARM_MAX);
     EXPECT_STREQ(stUser.astUmsInfo[LOGIN_UMS_INFO_NUM - 1].acDn, "1");
-    ReleaseUser(stUser);
+    ReleaseUserHandedOver(stUser);
 
     std::string strAddresses = Repeat("<address>a</address>", 10000);
     std::string strConference = "<loginResult><result><resultCode>0</resultCode><resultDesc>d</resultDesc></result>"
@@ -281,7 +280,7 @@ TEST_F(HostileModuleTest, BillionLaughsStaysLiteralText)
     ASSERT_EQ(Login(strBody, stUser), 0u);
     EXPECT_STREQ(stUser.acAccessToken, "&lol9;");
     EXPECT_STREQ(stUser.acDisplayName, "&lol9;&lol9;");
-    ReleaseUser(stUser);
+    ReleaseUserHandedOver(stUser);
 }
 
 TEST_F(HostileModuleTest, ExternalEntityNamingALocalFileReadsNothing)
@@ -307,7 +306,7 @@ TEST_F(HostileModuleTest, ExternalEntityNamingALocalFileReadsNothing)
     for (const std::string &strTrace : m_traces.Texts()) {
         EXPECT_EQ(strTrace.find(strMarker), std::string::npos) << strTrace;
     }
-    ReleaseUser(stUser);
+    ReleaseUserHandedOver(stUser);
 }
 
 /* ---- bytes --------------------------------------------------------------------------------- */
@@ -336,13 +335,13 @@ TEST_F(HostileModuleTest, NulAfterTheRootHidesTheRest)
     User stReference;
     uint32_t uiReference = Login(strAnswer, stReference);
     std::string strReference = FlattenUser(stReference);
-    ReleaseUser(stReference);
+    ReleaseUserHandedOver(stReference);
 
     std::string strWithTail = strAnswer + std::string(1, '\0') + "<UserInfo><LoginToken><AccessToken>evil";
     User stUser;
     EXPECT_EQ(Login(strWithTail, stUser), uiReference);
     EXPECT_TRUE(FlattenUser(stUser) == strReference);
-    ReleaseUser(stUser);
+    ReleaseUserHandedOver(stUser);
 }
 
 TEST_F(HostileModuleTest, NulInsideTheAnswerCutsItIntoMalformedText)
@@ -367,7 +366,7 @@ TEST_F(HostileModuleTest, PortalLoginCutAtEveryByte)
     User stReference;
     ASSERT_EQ(Login(strAnswer, stReference), 0u);
     const std::string strReference = FlattenUser(stReference);
-    ReleaseUser(stReference);
+    ReleaseUserHandedOver(stReference);
     const std::string strUntouched = FlattenUser(Cleared<User>());
 
     size_t uiMalformed = 0;
@@ -389,7 +388,7 @@ TEST_F(HostileModuleTest, PortalLoginCutAtEveryByte)
             EXPECT_EQ(uiRet, 0u);
             EXPECT_TRUE(FlattenUser(stUser) == strReference);
         }
-        ReleaseUser(stUser);
+        ReleaseUserHandedOver(stUser);
         ASSERT_EQ(LiveBlocksSinceStart(), 0u);
         ASSERT_EQ(LiveDocumentsSinceStart(), 0u);
     }
@@ -447,7 +446,7 @@ TEST_F(HostileModuleTest, DuplicatedAttributesGiveTheFirst)
     EXPECT_STREQ(stUser.pstSiteInfo->pstAccessServer[0].acSipUri, "10.0.0.1");
     EXPECT_EQ(stUser.pstSiteInfo->pstAccessServer[0].uiSipTlsActive, 1u);
     EXPECT_STREQ(stUser.pstSiteInfo->pstAccessServer[0].acSipTlsUri, "t1");
-    ReleaseUser(stUser);
+    ReleaseUserHandedOver(stUser);
 }
 
 TEST_F(HostileModuleTest, PrefixedAndUnprefixedNamesMixed)
@@ -466,7 +465,7 @@ TEST_F(HostileModuleTest, PrefixedAndUnprefixedNamesMixed)
     EXPECT_STREQ(stUser.pstSiteInfo->acSiteName, "qs");
     ASSERT_EQ(stUser.stSipServerList.uiNum, 1u);
     EXPECT_STREQ(stUser.stSipServerList.pstServer[0].acHost, "10.0.0.7");
-    ReleaseUser(stUser);
+    ReleaseUserHandedOver(stUser);
 
     /* The conference address lists compare each element's name exactly with "address": a
      * prefixed first address is found by its path but ends the list at once. */

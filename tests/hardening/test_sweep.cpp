@@ -186,7 +186,7 @@ Scenario<User> UserScenario(std::function<uint32_t(User &)> fnCall)
     Scenario<User> stScenario;
     stScenario.fnCall = std::move(fnCall);
     stScenario.fnFlatten = [](const User &stUser) { return hardening::FlattenUser(stUser); };
-    stScenario.fnRelease = [](User &stUser) { hardening::ReleaseUser(stUser); };
+    stScenario.fnRelease = [](User &stUser) { ReleaseUserHandedOver(stUser); };
     return stScenario;
 }
 
@@ -406,7 +406,7 @@ TEST_F(SweepTest, GuestServiceSites)
         return XmlParseTandemTempuserServiceTp(strBody.c_str(), hardening::GUEST_SITE_KEY, &stTemp);
     };
     stScenario.fnFlatten = [](const TempUser &stTemp) { return hardening::FlattenTempUser(stTemp); };
-    stScenario.fnRelease = [](TempUser &stTemp) { hardening::ReleaseTempUser(stTemp); };
+    stScenario.fnRelease = [](TempUser &stTemp) { ReleaseTempUserHandedOver(stTemp); };
     stScenario.vecPoints = {
         {"guest-b's group array",
          0,

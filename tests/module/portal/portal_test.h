@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "handed_over.h"
 #include "module_test.h"
 
 namespace portal_test {
@@ -25,20 +26,6 @@ inline std::vector<std::string> TextsOf(const TraceCapture &traces, const std::s
         }
     }
     return vecTexts;
-}
-
-/* Frees what a portal parser hands the caller (selected site, SIP server list, extra
- * parameters), as the login service does, and clears the pointers. */
-inline void ReleaseHandedOver(tagLOGIN_S_ATRIUM_USER_INFO &stUser)
-{
-    if (stUser.pstSiteInfo != nullptr) {
-        freeSiteMem(stUser.pstSiteInfo, 1);
-        stUser.pstSiteInfo = nullptr;
-    }
-    KOSA_MemFreeD(stUser.stSipServerList.pstServer, __LINE__, __FILE__);
-    stUser.stSipServerList.pstServer = nullptr;
-    KOSA_MemFreeD(stUser.pstExtraParm, __LINE__, __FILE__);
-    stUser.pstExtraParm = nullptr;
 }
 
 /* A selected group: its name and its uiIsMainSite flag. */
@@ -69,7 +56,7 @@ protected:
     }
     void TearDown() override
     {
-        ReleaseHandedOver(m_stUser);
+        ReleaseUserHandedOver(m_stUser);
         ModuleTest::TearDown();
     }
 

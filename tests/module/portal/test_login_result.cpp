@@ -229,7 +229,7 @@ TEST_F(LoginResultTest, NoBlocksAreLeftOnceTheCallerFreesWhatWasHandedOver)
     /* selected site, its group array, the SIP server list, the extra parameters */
     EXPECT_EQ(LiveBlocksSinceStart(), 4u) << DescribeLiveBlocks();
     EXPECT_EQ(LiveDocumentsSinceStart(), 0u);
-    ReleaseHandedOver(m_stUser);
+    ReleaseUserHandedOver(m_stUser);
     EXPECT_EQ(LiveBlocksSinceStart(), 0u) << DescribeLiveBlocks();
 }
 

@@ -95,7 +95,7 @@ TEST_F(ServerListTest, OnlyTheSipAccountAndSiteFieldsAreWritten)
     EXPECT_TRUE(SameBytes(stUser, stExpected));
     EXPECT_EQ(stUser.bSiteInfoValid, 1u);
     stUser.pstExtraParm = nullptr; /* still the sentinel: this answer hands over no extra parameters */
-    ReleaseHandedOver(stUser);
+    ReleaseUserHandedOver(stUser);
 }
 
 TEST_F(ServerListTest, ValueAsElementTextWithoutValAttributeIsIgnored)
@@ -309,7 +309,7 @@ TEST_F(ServerListTest, NoBlocksAreLeftOnceTheCallerFreesWhatWasHandedOver)
     ASSERT_EQ(XmlParseAtriumGetServerListRst(strBody.c_str(), &m_stUser), 0u);
 
     EXPECT_EQ(LiveBlocksSinceStart(), 3u) << DescribeLiveBlocks();
-    ReleaseHandedOver(m_stUser);
+    ReleaseUserHandedOver(m_stUser);
     EXPECT_EQ(LiveBlocksSinceStart(), 0u) << DescribeLiveBlocks();
 }
 
