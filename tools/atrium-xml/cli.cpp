@@ -96,6 +96,18 @@ std::string KindTable()
     return strTable;
 }
 
+/* The answer at strPath into strBody; when it cannot be read, says why on stderr. */
+bool ReadAnswerOrSay(const std::string &strPath, const std::string &strName, const CommonOptions &stCommon,
+                     std::string &strBody)
+{
+    std::string strError;
+    if (!ReadInput(strPath, stCommon.uiMaxBytes, strBody, strError)) {
+        std::cerr << "atrium-xml: " << strName << ": " << strError << '\n';
+        return false;
+    }
+    return true;
+}
+
 int RunParse(const std::string &strKind, const std::string &strPath, const CommonOptions &stCommon)
 {
     const AnswerKind *pstKind = strKind == "auto" ? nullptr : FindAnswerKind(strKind);
@@ -106,11 +118,10 @@ int RunParse(const std::string &strKind, const std::string &strPath, const Commo
     }
     const std::string strName = InputName(strPath);
     std::string strBody;
-    std::string strError;
-    if (!ReadInput(strPath, stCommon.uiMaxBytes, strBody, strError)) {
-        std::cerr << "atrium-xml: " << strName << ": " << strError << '\n';
+    if (!ReadAnswerOrSay(strPath, strName, stCommon, strBody)) {
         return 2;
     }
+    std::string strError;
     if (pstKind == nullptr && (pstKind = DetectKind(strBody, strError)) == nullptr) {
         std::cerr << "atrium-xml: " << strName << ": cannot tell the kind: " << strError
                   << " (name the kind instead of auto)\n";
@@ -128,11 +139,10 @@ int RunDetect(const std::string &strPath, const CommonOptions &stCommon)
 {
     const std::string strName = InputName(strPath);
     std::string strBody;
-    std::string strError;
-    if (!ReadInput(strPath, stCommon.uiMaxBytes, strBody, strError)) {
-        std::cerr << "atrium-xml: " << strName << ": " << strError << '\n';
+    if (!ReadAnswerOrSay(strPath, strName, stCommon, strBody)) {
         return 2;
     }
+    std::string strError;
     const AnswerKind *pstKind = DetectKind(strBody, strError);
     if (pstKind == nullptr) {
         std::cerr << "atrium-xml: " << strName << ": cannot tell the kind: " << strError << '\n';
