@@ -74,6 +74,14 @@ protected:
         stUser = Cleared<User>();
         return XmlParseAtriumLoginResult(strBody.c_str(), hardening::OWN_SITE_HOST, &stUser);
     }
+
+    /* Server-list answer with the first group drawn; freed like a login. */
+    uint32_t ServerList(const std::string &strBody, User &stUser)
+    {
+        RandomFeed feed({0});
+        stUser = Cleared<User>();
+        return XmlParseAtriumGetServerListRst(strBody.c_str(), &stUser);
+    }
 };
 
 /* ---- depth --------------------------------------------------------------------------------- */
@@ -122,9 +130,8 @@ TEST_F(HostileModuleTest, SixteenMebibyteAttributesLeaveTheirFieldsEmpty)
                           strHuge +
                           ":80\"/></accessserver>"
                           "</accessservergroup></site></servicetp>";
-    auto stUser = Cleared<User>();
-    RandomFeed feed({0});
-    ASSERT_EQ(XmlParseAtriumGetServerListRst(strBody.c_str(), &stUser), 0u);
+    User stUser;
+    ASSERT_EQ(ServerList(strBody, stUser), 0u);
     ASSERT_NE(stUser.pstSiteInfo, nullptr);
     EXPECT_STREQ(stUser.pstSiteInfo->acSiteName, "");
     ASSERT_EQ(stUser.pstSiteInfo->uiNumOfAccessServer, 1u);
@@ -435,9 +442,8 @@ TEST_F(HostileModuleTest, DuplicatedAttributesGiveTheFirst)
         "<accessservergroup><accessserver name=\"g1\" name=\"g2\"><sip uri=\"10.0.0.1\" uri=\"10.0.0.2\"/>"
         "<siptls isactive=\"true\" isactive=\"false\"/><next uri=\"t1\" uri=\"t2\"/></accessserver>"
         "</accessservergroup></site></servicetp>";
-    auto stUser = Cleared<User>();
-    RandomFeed feed({0});
-    ASSERT_EQ(XmlParseAtriumGetServerListRst(strBody.c_str(), &stUser), 0u);
+    User stUser;
+    ASSERT_EQ(ServerList(strBody, stUser), 0u);
     ASSERT_NE(stUser.pstSiteInfo, nullptr);
     EXPECT_STREQ(stUser.pstSiteInfo->acSiteName, "first");
     EXPECT_EQ(stUser.pstSiteInfo->uiPriority, 2u);

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <set>
@@ -139,7 +140,9 @@ TEST_F(QevRandom, SmallDrawsNeverRepeatAcrossRefills)
     }
 }
 
-// Draws of every size up to and past what the pool serves fill exactly what was asked.
+// Draws of every size up to and past what the pool serves fill exactly what was asked:
+// nothing past it, and the asked bytes are not left as they were (for 4 bytes or more, all
+// of them coming out as the marker has a chance of 2^-32).
 TEST_F(QevRandom, DrawsOfEverySizeFillExactlyTheirLength)
 {
     for (uint32_t uiLen = 1; uiLen <= 80; ++uiLen) {
@@ -148,6 +151,10 @@ TEST_F(QevRandom, DrawsOfEverySizeFillExactlyTheirLength)
         ASSERT_EQ(QEV_CPYPT_RealRandom(aucOut, uiLen), 0u);
         for (uint32_t i = uiLen; i < sizeof(aucOut); ++i) {
             ASSERT_EQ(aucOut[i], 0xEE) << "a draw of " << uiLen << " bytes wrote byte " << i;
+        }
+        if (uiLen >= 4) {
+            const bool bUntouched = std::all_of(aucOut, aucOut + uiLen, [](unsigned char uc) { return uc == 0xEE; });
+            EXPECT_FALSE(bUntouched) << "a draw of " << uiLen << " bytes left them as they were";
         }
     }
 }
