@@ -127,36 +127,40 @@ Runner JsonRecordRunner(Code (*pfnParse)(const char *, Record *))
     };
 }
 
-Outcome RunLogin(const std::string &strBody, const CallContext &)
+/* A portal parser on a cleared user record: its result, the record, then the release of what
+ * it handed over. */
+template <typename ParseUser>
+Outcome RunOnUser(ParseUser parse)
 {
-    RandomFeed feed(FIXED_RANDOM);
     auto stUser = Cleared<tagLOGIN_S_ATRIUM_USER_INFO>();
     Outcome stOut;
-    stOut.uiResult = XmlParseAtriumLoginResult(strBody.c_str(), OWN_SITE_HOST, &stUser);
+    stOut.uiResult = parse(&stUser);
     stOut.strRecord = FlattenUser(stUser);
     ReleaseUserHandedOver(stUser);
     return stOut;
+}
+
+Outcome RunLogin(const std::string &strBody, const CallContext &)
+{
+    RandomFeed feed(FIXED_RANDOM);
+    return RunOnUser([&strBody](tagLOGIN_S_ATRIUM_USER_INFO *pstUser) {
+        return XmlParseAtriumLoginResult(strBody.c_str(), OWN_SITE_HOST, pstUser);
+    });
 }
 
 Outcome RunServerList(const std::string &strBody, const CallContext &)
 {
     RandomFeed feed(FIXED_RANDOM);
-    auto stUser = Cleared<tagLOGIN_S_ATRIUM_USER_INFO>();
-    Outcome stOut;
-    stOut.uiResult = XmlParseAtriumGetServerListRst(strBody.c_str(), &stUser);
-    stOut.strRecord = FlattenUser(stUser);
-    ReleaseUserHandedOver(stUser);
-    return stOut;
+    return RunOnUser([&strBody](tagLOGIN_S_ATRIUM_USER_INFO *pstUser) {
+        return XmlParseAtriumGetServerListRst(strBody.c_str(), pstUser);
+    });
 }
 
 Outcome RunAuthToken(const std::string &strBody, const CallContext &)
 {
-    auto stUser = Cleared<tagLOGIN_S_ATRIUM_USER_INFO>();
-    Outcome stOut;
-    stOut.uiResult = XmlParseAtriumAuthToken(strBody.c_str(), &stUser);
-    stOut.strRecord = FlattenUser(stUser);
-    ReleaseUserHandedOver(stUser);
-    return stOut;
+    return RunOnUser([&strBody](tagLOGIN_S_ATRIUM_USER_INFO *pstUser) {
+        return XmlParseAtriumAuthToken(strBody.c_str(), pstUser);
+    });
 }
 
 /* The profile file, when one was written, belongs to the outcome. */
