@@ -1,13 +1,13 @@
 /*
  * ktl_xml.cpp - the XML document library, a thin adapter over pugixml.
  *
- * KTL_XML_Parse allocates one Document: pugixml copies the caller's text into a buffer of
- * its own and parses it there, then one breadth-first walk of pugixml's tree lists every
- * element in an array of _NODE records, so that the element children of any element are
- * contiguous. Each record keeps what readers ask for: the name and its length, where a
+ * KTL_XML_Parse allocates one block: a Document, room for its element array, and a copy of
+ * the caller's text, which pugixml parses in place; then one breadth-first walk of pugixml's
+ * tree lists every element in an array of _NODE records, so that the element children of
+ * any element are contiguous. Each record keeps what readers ask for: the name and its length, where a
  * prefixed name's local part starts, the element's value, its children's place in the
  * array, and pugixml's node for its attributes. Names, values and attribute texts point
- * into pugixml's private buffer, so callers may overwrite them in place. Every _NODE handed
+ * into the document's copy of the text, so callers may overwrite them in place. Every _NODE handed
  * out is a record of that array; the root is its first record.
  *
  * Why the array: pugixml's accessors are out-of-line calls, and a parser reads dozens of
@@ -155,27 +155,38 @@ struct ChildCursor {
 /* Parents a parser alternates between (a group, its media list, its STG group, ...). */
 const uint32_t CURSORS_PER_DOCUMENT = 4;
 
-/* What KTL_XML_Parse allocates: the pugixml document, its element array and the lookup
- * state of its readers. The array's memory comes from pugixml's allocation functions, like
- * the rest of the document's. */
+/* What KTL_XML_Parse allocates, as one block from pugixml's allocation functions (like
+ * the rest of the document's memory): the pugixml document and the lookup state of its
+ * readers, then room for the element array, then the copy of the text pugixml parses in
+ * place. An answer's elements nearly always fit the room the text's length predicts; an
+ * array that outgrows it moves to a block of its own. */
 struct Document {
     pugi::xml_document xDoc;
-    _NODE *pstElements = nullptr;
+    _NODE *const pstRoom;
+    _NODE *pstElements;
     uint32_t uiElements = 0;
-    uint32_t uiCapacity = 0;
+    uint32_t uiCapacity;
     ChildCursor astCursors[CURSORS_PER_DOCUMENT];
     uint32_t uiNextCursor = 0;
 
-    Document() = default;
+    Document(_NODE *pstRoomInBlock, uint32_t uiRoom)
+        : pstRoom(pstRoomInBlock), pstElements(pstRoomInBlock), uiCapacity(uiRoom)
+    {
+    }
     Document(const Document &) = delete;
     Document &operator=(const Document &) = delete;
     ~Document()
     {
-        if (pstElements != nullptr) {
+        if (pstElements != pstRoom) {
             pugi::get_memory_deallocation_function()(pstElements);
         }
     }
 };
+
+/* Where the element room starts in a document's block. */
+constexpr size_t ROOM_OFFSET = (sizeof(Document) + alignof(_NODE) - 1) / alignof(_NODE) * alignof(_NODE);
+static_assert(alignof(Document) <= alignof(std::max_align_t) && alignof(_NODE) <= alignof(std::max_align_t),
+              "the block from the allocation function is aligned for both");
 
 /* The cursor of a parent, or a recycled one reset for it. */
 ChildCursor &CursorFor(Document &stDoc, const _NODE *pstParent)
@@ -291,8 +302,8 @@ bool ReserveElements(Document &stDoc, uint32_t uiWanted)
     if (pstNew == nullptr) {
         return false;
     }
-    if (stDoc.pstElements != nullptr) {
-        std::copy_n(stDoc.pstElements, stDoc.uiElements, pstNew);
+    std::copy_n(stDoc.pstElements, stDoc.uiElements, pstNew);
+    if (stDoc.pstElements != stDoc.pstRoom) {
         pugi::get_memory_deallocation_function()(stDoc.pstElements);
     }
     stDoc.pstElements = pstNew;
@@ -335,13 +346,9 @@ static_assert((KTL_XML_PUGIXML_OPTIONS & (pugi::parse_declaration | pugi::parse_
  * pugixml stored in the element (its first child, when that was text) or else the first
  * text or CDATA child that is not whitespace only. False when out of memory.
  */
-bool ListElements(Document &stDoc, pugi::xml_node xRoot, size_t uiTextLen)
+bool ListElements(Document &stDoc, pugi::xml_node xRoot)
 {
-    /* An element takes at least 4 bytes ("<a/>"); those of answers take about 20. The array
-     * doubles when a text holds more. */
-    const size_t uiGuess = std::min<size_t>(uiTextLen / 16 + 16, UINT32_MAX);
-    if (!ReserveElements(stDoc, static_cast<uint32_t>(uiGuess)) ||
-        !AppendElement(stDoc, xRoot, const_cast<char *>(xRoot.name()))) {
+    if (!AppendElement(stDoc, xRoot, const_cast<char *>(xRoot.name()))) {
         return false;
     }
     stDoc.pstElements[0].bLastChild = true;
@@ -371,14 +378,14 @@ bool ListElements(Document &stDoc, pugi::xml_node xRoot, size_t uiTextLen)
     return true;
 }
 
-/* pugixml keeps the private copy and parses it in place; only the part of the text
- * before its terminator is handed over, and DTD entities stay unexpanded (pugixml never
- * expands or loads them). */
-uint32_t LoadText(Document &stDoc, const char *pcText)
+/* Parses the text's copy in place and lists its elements. The copy holds the terminator
+ * too and is handed over whole, as pugixml hands over the copy it makes itself, so the parse
+ * is the very one of load_buffer; DTD entities stay unexpanded (pugixml never expands or
+ * loads them). */
+uint32_t LoadCopy(Document &stDoc, char *pcCopy, size_t uiCopyLen)
 {
-    const size_t uiTextLen = std::strlen(pcText);
     pugi::xml_parse_result xResult =
-        stDoc.xDoc.load_buffer(pcText, uiTextLen, KTL_XML_PUGIXML_OPTIONS, pugi::encoding_utf8);
+        stDoc.xDoc.load_buffer_inplace(pcCopy, uiCopyLen, KTL_XML_PUGIXML_OPTIONS, pugi::encoding_utf8);
     if (xResult.status != pugi::status_ok) {
         return CodeOfParseStatus(xResult.status);
     }
@@ -389,7 +396,13 @@ uint32_t LoadText(Document &stDoc, const char *pcText)
     if (!HasSingleRootElement(stDoc.xDoc)) {
         return KTL_XML_ERR_NOT_WELL_FORMED;
     }
-    return ListElements(stDoc, xRoot, uiTextLen) ? 0 : KTL_XML_ERR_NO_MEMORY;
+    return ListElements(stDoc, xRoot) ? 0 : KTL_XML_ERR_NO_MEMORY;
+}
+
+void DestroyDocument(Document *pstDoc)
+{
+    pstDoc->~Document();
+    pugi::get_memory_deallocation_function()(pstDoc);
 }
 
 /* ---- lookups ------------------------------------------------------------------------ */
@@ -474,13 +487,25 @@ extern "C" uint32_t KTL_XML_Parse(const char *pcText, _NODE **ppstRoot)
         return KTL_XML_ERR_NULL_ARG;
     }
 
-    Document *pstDoc = new (std::nothrow) Document;
-    if (pstDoc == nullptr) {
+    /* An element takes at least 4 bytes ("<a/>"); those of answers take about 20, so the
+     * room holds one record per 16 bytes of text, and the array moves out when a text
+     * holds more. Only the part of the text before its terminator is parsed. */
+    const size_t uiTextLen = std::strlen(pcText);
+    if (uiTextLen > (SIZE_MAX - ROOM_OFFSET) / 8) {
         return KTL_XML_ERR_NO_MEMORY;
     }
-    const uint32_t uiRet = LoadText(*pstDoc, pcText);
+    const size_t uiRoom = std::min<size_t>(uiTextLen / 16 + 16, UINT32_MAX);
+    const size_t uiCopyAt = ROOM_OFFSET + uiRoom * sizeof(_NODE);
+    void *pvBlock = pugi::get_memory_allocation_function()(uiCopyAt + uiTextLen + 1);
+    if (pvBlock == nullptr) {
+        return KTL_XML_ERR_NO_MEMORY;
+    }
+    char *pcBlock = static_cast<char *>(pvBlock);
+    auto *pstDoc = new (pvBlock) Document(reinterpret_cast<_NODE *>(pcBlock + ROOM_OFFSET), static_cast<uint32_t>(uiRoom));
+    std::memcpy(pcBlock + uiCopyAt, pcText, uiTextLen + 1);
+    const uint32_t uiRet = LoadCopy(*pstDoc, pcBlock + uiCopyAt, uiTextLen + 1);
     if (uiRet != 0) {
-        delete pstDoc;
+        DestroyDocument(pstDoc);
         return uiRet;
     }
 
@@ -494,7 +519,7 @@ extern "C" void KTL_XML_FreeNode(_NODE *pstRoot)
     if (pstRoot == nullptr) {
         return;
     }
-    delete pstRoot->pstDoc;
+    DestroyDocument(pstRoot->pstDoc);
     g_uiLiveDocuments.fetch_sub(1, std::memory_order_relaxed);
 }
 
