@@ -2,13 +2,13 @@
  * ktl_xml.cpp - the XML document library, a thin adapter over pugixml.
  *
  * KTL_XML_Parse allocates one block: a Document, room for its element array, and a copy of
- * the caller's text, which pugixml parses in place; then one breadth-first walk of pugixml's
- * tree lists every element in an array of _NODE records, so that the element children of
- * any element are contiguous. Each record keeps what readers ask for: the name and its length, where a
- * prefixed name's local part starts, the element's value, its children's place in the
- * array, and pugixml's node for its attributes. Names, values and attribute texts point
- * into the document's copy of the text, so callers may overwrite them in place. Every _NODE handed
- * out is a record of that array; the root is its first record.
+ * the caller's text, which pugixml parses in place; then one breadth-first walk of
+ * pugixml's tree lists every element in an array of _NODE records, so that the element
+ * children of any element are contiguous. Each record keeps what readers ask for: the name
+ * and its length, where a prefixed name's local part starts, the element's value, its
+ * children's place in the array, and pugixml's node for its attributes. Names, values and
+ * attribute texts point into the document's copy of the text, so callers may overwrite them
+ * in place. Every _NODE handed out is a record of that array; the root is its first record.
  *
  * Why the array: pugixml's accessors are out-of-line calls, and a parser reads dozens of
  * keys under one element, so asking pugixml for names, siblings and values on every lookup
@@ -491,7 +491,7 @@ extern "C" uint32_t KTL_XML_Parse(const char *pcText, _NODE **ppstRoot)
      * room holds one record per 16 bytes of text, and the array moves out when a text
      * holds more. Only the part of the text before its terminator is parsed. */
     const size_t uiTextLen = std::strlen(pcText);
-    if (uiTextLen > (SIZE_MAX - ROOM_OFFSET) / 8) {
+    if (uiTextLen > (SIZE_MAX - ROOM_OFFSET) / 8) { /* the block's size (under 5 bytes per byte) would overflow */
         return KTL_XML_ERR_NO_MEMORY;
     }
     const size_t uiRoom = std::min<size_t>(uiTextLen / 16 + 16, UINT32_MAX);
