@@ -126,7 +126,8 @@ public:
     {
         const std::string *pstrBlock = BlockHolding(strAnchor);
         const size_t uiAnchorInBody = strBody.find(strAnchor);
-        if (pstrBlock == nullptr || uiAnchorInBody == std::string::npos || uiAnchorInBody > uiAt) {
+        if (pstrBlock == nullptr || uiAnchorInBody == std::string::npos || uiAnchorInBody > uiAt ||
+            pstrBlock->find(strAnchor) < uiAnchorInBody) {
             return std::string();
         }
         const size_t uiCopyAt = pstrBlock->find(strAnchor) - uiAnchorInBody;
