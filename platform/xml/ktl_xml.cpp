@@ -152,6 +152,10 @@ struct ChildCursor {
     }
 };
 
+/* A parent with no more element children than this is searched from its first child
+ * without a cursor: comparing a few hashes costs less than keeping the cursor. */
+const uint32_t CHILDREN_SCANNED_WHOLE = 16;
+
 /* Parents a parser alternates between (a group, its media list, its STG group, ...). */
 const uint32_t CURSORS_PER_DOCUMENT = 4;
 
@@ -434,13 +438,22 @@ bool NameMatches(const _NODE &stElement, const Component &stComp)
  * cursor's own child answers at once when nothing before it can match (a key read twice, or
  * the parent of a run of numbered keys); otherwise the part up to the cursor is searched
  * from the first child. Without a match there the search goes on after the cursor, and a
- * match found there moves the cursor to it.
+ * match found there moves the cursor to it. A parent of a few children is simply searched
+ * from its first child.
  */
 const _NODE *FindChild(const _NODE &stParent, const Component &stComp)
 {
     Document &stDoc = *stParent.pstDoc;
     const _NODE *pstFirst = stDoc.pstElements + stParent.uiFirstChild;
     const _NODE *pstEnd = pstFirst + stParent.uiChildren;
+    if (stParent.uiChildren <= CHILDREN_SCANNED_WHOLE) {
+        for (const _NODE *pstChild = pstFirst; pstChild < pstEnd; ++pstChild) {
+            if (NameMatches(*pstChild, stComp)) {
+                return pstChild;
+            }
+        }
+        return nullptr;
+    }
     ChildCursor &stCursor = CursorFor(stDoc, &stParent);
     const _NODE *pstLast = stCursor.pstLast;
     const uint32_t uiHash = stComp.uiHash;

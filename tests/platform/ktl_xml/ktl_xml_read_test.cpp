@@ -284,7 +284,11 @@ void AppendRandomElement(std::mt19937 &oRandom, std::ostringstream &oText, uint3
 {
     const char *pcName = g_apcNames[oRandom() % std::size(g_apcNames)];
     oText << '<' << pcName << '>';
-    const uint32_t uiChildren = uiDepth == 0 ? 0 : oRandom() % 14;
+    /* Above the leaves, half the elements have more children than the library searches
+     * without a cursor, so that both ways of searching are checked. */
+    const uint32_t uiChildren = uiDepth == 0 ? 0
+                                : (uiDepth > 1 && oRandom() % 2 == 0) ? 17 + oRandom() % 24
+                                                                        : oRandom() % 14;
     for (uint32_t i = 0; i < uiChildren; ++i) {
         switch (oRandom() % 8) {
         case 0:
