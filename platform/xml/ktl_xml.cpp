@@ -251,20 +251,6 @@ bool Holds(pugi::xml_attribute xAttr)
     return pvAttr != nullptr;
 }
 
-/* strcmp(pcA, pcB) == 0, inline: attribute names are a few characters long, shorter than
- * what a call into the C library's vector routine pays for itself on. */
-bool SameText(const char *pcA, const char *pcB)
-{
-    while (*pcA == *pcB) {
-        if (*pcA == '\0') {
-            return true;
-        }
-        ++pcA;
-        ++pcB;
-    }
-    return false;
-}
-
 /* pugixml accepts several top-level elements; an answer must be one document, so a second
  * root element is refused. (Character data beside the root is dropped by pugixml itself and
  * never reaches a caller.) */
@@ -623,12 +609,11 @@ extern "C" uint32_t KTL_XML_GetAttr(_NODE *pstNode, uint32_t uiZero, const char 
         return KTL_XML_ERR_NULL_ARG;
     }
 
-    for (pugi::xml_attribute xAttr = pstNode->xElement.first_attribute(); Holds(xAttr);
-         xAttr = xAttr.next_attribute()) {
-        if (SameText(xAttr.name(), pcName)) {
-            *ppcValue = const_cast<char *>(xAttr.value());
-            return 0;
-        }
+    /* pugixml's own search, one call: the first attribute of that name, as a walk finds. */
+    const pugi::xml_attribute xAttr = pstNode->xElement.attribute(pcName);
+    if (Holds(xAttr)) {
+        *ppcValue = const_cast<char *>(xAttr.value());
+        return 0;
     }
     return KTL_XML_ERR_NOT_FOUND;
 }
