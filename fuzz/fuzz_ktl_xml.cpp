@@ -9,21 +9,13 @@
 #include <vector>
 
 #include "fuzz_support.h"
+#include "reference_lookup.h"
 
 using namespace atrium_fuzz;
 
 namespace {
 
-/* A path component against an element name: equal, or equal to the part after the first
- * ':' of a prefixed name. */
-bool ComponentNames(const std::string &strComp, const char *pcName)
-{
-    const char *pcColon = std::strchr(pcName, ':');
-    return strComp == pcName || (pcColon != nullptr && pcColon != pcName && strComp == pcColon + 1);
-}
-
-/* What a lookup of strPath from pstStart must give, found the slow way: each component after
- * the first takes the first element child, walking from the first child, that it names.
+/* What a lookup of strPath from pstStart must give: the walk from the first child, or
  * KTL_XML_ERR_BAD_PATH for an empty path or component. */
 uint32_t WalkPath(_NODE *pstStart, const std::string &strPath, _NODE **ppstFound)
 {
@@ -41,26 +33,8 @@ uint32_t WalkPath(_NODE *pstStart, const std::string &strPath, _NODE **ppstFound
             return KTL_XML_ERR_BAD_PATH;
         }
     }
-    char *pcName = nullptr;
-    char *pcValue = nullptr;
-    FUZZ_CHECK(KTL_XML_GetNodeValue(pstStart, nullptr, 0, &pcName, &pcValue) == 0);
-    if (!ComponentNames(vecComps[0], pcName)) {
-        return KTL_XML_ERR_NOT_FOUND;
-    }
-    _NODE *pstCurrent = pstStart;
-    for (size_t i = 1; i < vecComps.size() && pstCurrent != nullptr; ++i) {
-        _NODE *pstChild = KTL_XML_GetNodeFirstChild(pstCurrent);
-        while (pstChild != nullptr) {
-            FUZZ_CHECK(KTL_XML_GetNodeValue(pstChild, nullptr, 0, &pcName, &pcValue) == 0);
-            if (ComponentNames(vecComps[i], pcName)) {
-                break;
-            }
-            pstChild = KTL_XML_GetNodeNextSibling(pstChild);
-        }
-        pstCurrent = pstChild;
-    }
-    *ppstFound = pstCurrent;
-    return pstCurrent != nullptr ? 0 : KTL_XML_ERR_NOT_FOUND;
+    *ppstFound = WalkFromFirstChild(pstStart, vecComps);
+    return *ppstFound != nullptr ? 0 : KTL_XML_ERR_NOT_FOUND;
 }
 
 /* Looks strPath up and checks the result against the walk. */

@@ -126,15 +126,18 @@ public:
     {
         const std::string *pstrBlock = BlockHolding(strAnchor);
         const size_t uiAnchorInBody = strBody.find(strAnchor);
-        if (pstrBlock == nullptr || uiAnchorInBody == std::string::npos || uiAnchorInBody > uiAt ||
-            pstrBlock->find(strAnchor) < uiAnchorInBody) {
+        if (pstrBlock == nullptr || uiAnchorInBody == std::string::npos || uiAnchorInBody > uiAt) {
             return std::string();
         }
-        const size_t uiCopyAt = pstrBlock->find(strAnchor) - uiAnchorInBody;
-        if (uiCopyAt + uiAt + uiLen > pstrBlock->size()) {
+        const size_t uiAnchorInBlock = pstrBlock->find(strAnchor);
+        if (uiAnchorInBlock < uiAnchorInBody) {
             return std::string();
         }
-        return pstrBlock->substr(uiCopyAt + uiAt, uiLen);
+        const size_t uiAtInBlock = uiAnchorInBlock - uiAnchorInBody + uiAt;
+        if (uiAtInBlock + uiLen > pstrBlock->size()) {
+            return std::string();
+        }
+        return pstrBlock->substr(uiAtInBlock, uiLen);
     }
 
 private:

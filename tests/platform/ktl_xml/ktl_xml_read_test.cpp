@@ -9,6 +9,7 @@
  */
 #include "ktl_xml.h"
 #include "ktl_xml_test.h"
+#include "reference_lookup.h"
 
 #include <gtest/gtest.h>
 
@@ -25,16 +26,6 @@ template <typename T> T *Poisoned()
 {
     static char s_cMarker;
     return reinterpret_cast<T *>(&s_cMarker);
-}
-
-const char *NameOf(_NODE *pstNode)
-{
-    char *pcName = nullptr;
-    char *pcValue = nullptr;
-    if (KTL_XML_GetNodeValue(pstNode, nullptr, 0, &pcName, &pcValue) != 0) {
-        return nullptr;
-    }
-    return pcName;
 }
 
 const char *ValueOf(_NODE *pstNode)
@@ -65,18 +56,18 @@ TEST(KtlXmlNavigation, SeesElementsOnly)
                         "<r>lead<!-- c --><?pi data?><![CDATA[cd]]><a/>mid<b>t</b>"
                         "<!-- c2 --><c/>tail</r>");
     ASSERT_EQ(oDoc.Code(), 0u);
-    EXPECT_STREQ(NameOf(oDoc.Root()), "r");
+    EXPECT_STREQ(ElementName(oDoc.Root()), "r");
 
     uint32_t uiNum = 0;
     ASSERT_EQ(KTL_XML_GetNodeChildNum(oDoc.Root(), &uiNum), 0u);
     EXPECT_EQ(uiNum, 3u);
 
     _NODE *pstChild = KTL_XML_GetNodeFirstChild(oDoc.Root());
-    EXPECT_STREQ(NameOf(pstChild), "a");
+    EXPECT_STREQ(ElementName(pstChild), "a");
     pstChild = KTL_XML_GetNodeNextSibling(pstChild);
-    EXPECT_STREQ(NameOf(pstChild), "b");
+    EXPECT_STREQ(ElementName(pstChild), "b");
     pstChild = KTL_XML_GetNodeNextSibling(pstChild);
-    EXPECT_STREQ(NameOf(pstChild), "c");
+    EXPECT_STREQ(ElementName(pstChild), "c");
     EXPECT_EQ(KTL_XML_GetNodeNextSibling(pstChild), nullptr);
 }
 
@@ -151,7 +142,7 @@ TEST(KtlXmlPath, BareNameMatchesPrefixedElement)
 
     EXPECT_EQ(NodeAt(oDoc.Root(), "Envelope"), oDoc.Root());
     _NODE *pstBody = NodeAt(oDoc.Root(), "Envelope.Body");
-    EXPECT_STREQ(NameOf(pstBody), "soap:Body");
+    EXPECT_STREQ(ElementName(pstBody), "soap:Body");
     EXPECT_STREQ(ValueAt(pstBody, "Body.Answer"), "42");
 }
 
@@ -249,36 +240,11 @@ TEST(KtlXmlPath, NullArgumentsFail)
 /*
  * Lookups remember where they last matched under a parent, so that a parser reading its
  * keys in document order does not rescan from the first child; the answer must still be the
- * child a walk from the first child finds. The reference below is that walk, written over
- * the navigation operations, and random documents (repeated, prefixed and almost-equal
+ * child a walk from the first child finds (reference_lookup.h), and random documents (repeated, prefixed and almost-equal
  * names among comments and text) are searched in random order from random start nodes.
  */
 const char *const g_apcNames[] = {"a", "b", "c", "ab", "a1", "a2", "x:a", "y:a", "x:b", "x:ab", ":a", "ns:c"};
 const char *const g_apcComponents[] = {"a", "b", "c", "ab", "a1", "a2", "x:a", "x:b", "y:a", "ns", "abc", ":a"};
-
-bool ReferenceNameMatches(const std::string &strName, const std::string &strComp)
-{
-    const size_t uiColon = strName.find(':');
-    return strName == strComp ||
-           (uiColon != std::string::npos && uiColon != 0 && strName.substr(uiColon + 1) == strComp);
-}
-
-/* The element a walk from the first child finds for each component, or null. */
-_NODE *ReferenceLookup(_NODE *pstStart, const std::vector<std::string> &vecComps)
-{
-    if (!ReferenceNameMatches(NameOf(pstStart), vecComps[0])) {
-        return nullptr;
-    }
-    _NODE *pstCurrent = pstStart;
-    for (size_t i = 1; i < vecComps.size() && pstCurrent != nullptr; ++i) {
-        _NODE *pstChild = KTL_XML_GetNodeFirstChild(pstCurrent);
-        while (pstChild != nullptr && !ReferenceNameMatches(NameOf(pstChild), vecComps[i])) {
-            pstChild = KTL_XML_GetNodeNextSibling(pstChild);
-        }
-        pstCurrent = pstChild;
-    }
-    return pstCurrent;
-}
 
 void AppendRandomElement(std::mt19937 &oRandom, std::ostringstream &oText, uint32_t uiDepth)
 {
@@ -335,7 +301,7 @@ TEST(KtlXmlPath, EveryLookupFindsTheChildAWalkFromTheFirstChildFinds)
             }
             /* the start component is mostly the start node's own name, so that paths go on */
             std::vector<std::string> vecComps{oRandom() % 4 != 0
-                                                  ? std::string(NameOf(pstStart))
+                                                  ? std::string(ElementName(pstStart))
                                                   : g_apcComponents[oRandom() % std::size(g_apcComponents)]};
             /* further components mostly name a real child (whole name or local part), so
              * that lookups meet repeated and prefixed names under one parent */
@@ -352,7 +318,7 @@ TEST(KtlXmlPath, EveryLookupFindsTheChildAWalkFromTheFirstChildFinds)
                     break;
                 }
                 pstAlong = vecChildren[oRandom() % vecChildren.size()];
-                const std::string strName = NameOf(pstAlong);
+                const std::string strName = ElementName(pstAlong);
                 const size_t uiColon = strName.find(':');
                 const bool bLocal = uiColon != std::string::npos && uiColon != 0 && oRandom() % 2 == 0;
                 vecComps.push_back(bLocal ? strName.substr(uiColon + 1) : strName);
@@ -362,10 +328,10 @@ TEST(KtlXmlPath, EveryLookupFindsTheChildAWalkFromTheFirstChildFinds)
                 strPath += "." + vecComps[i];
             }
 
-            _NODE *pstExpected = ReferenceLookup(pstStart, vecComps);
+            _NODE *pstExpected = WalkFromFirstChild(pstStart, vecComps);
             _NODE *pstFound = Poisoned<_NODE>();
             const uint32_t uiRet = KTL_XML_GetNodeByUrl(pstStart, strPath.c_str(), &pstFound);
-            ASSERT_EQ(pstFound, pstExpected) << strPath << " from " << NameOf(pstStart) << " in " << oText.str();
+            ASSERT_EQ(pstFound, pstExpected) << strPath << " from " << ElementName(pstStart) << " in " << oText.str();
             ASSERT_EQ(uiRet, pstExpected != nullptr ? 0u : KTL_XML_ERR_NOT_FOUND) << strPath;
             ++ulLookups;
             ulFound += pstExpected != nullptr ? 1 : 0;
