@@ -10,7 +10,8 @@
  * getaddrinfo unless a program installed its own.
  *
  * Address texts: CheckIsDomain and LoginDataGetServerFormString only scan text; the latter
- * reads into a local entry and copies it out whole, so a failure leaves a zeroed entry.
+ * clears the entry, reads into it, and clears it again on failure, so a failure leaves a
+ * zeroed entry and a success one whose bytes after the host are zero.
  *
  * A replaceable callback and its context are kept together behind a mutex and copied out
  * before the call, so a caller never pairs one callback with another one's context.
@@ -448,6 +449,9 @@ bool ReadParameters(const char *pcParams, uint32_t *puiTransport)
 const char *SkipScheme(const char *pcText, uint32_t *puiTransport)
 {
     *puiTransport = LOGIN_TRANSPORT_UDP;
+    if ((pcText[0] | 0x20) != 's') { /* most texts have no scheme: spare the two compares */
+        return pcText;
+    }
     if (strncasecmp(pcText, "sips:", 5) == 0) {
         *puiTransport = LOGIN_TRANSPORT_TLS;
         return pcText + 5;
@@ -554,11 +558,10 @@ extern "C" uint32_t LoginDataGetServerFormString(const char *pcAddr,
     if (pcAddr == nullptr) {
         return SERVER_FORM_FAILED;
     }
-    tagLOGIN_S_SERVER_ADDR_INFO stParsed;
-    std::memset(&stParsed, 0, sizeof(stParsed));
-    if (!ParseServerAddress(pcAddr, &stParsed)) {
+    /* Read in place: a failure may have written part of the entry, so it is cleared again. */
+    if (!ParseServerAddress(pcAddr, pstServer)) {
+        std::memset(pstServer, 0, sizeof(*pstServer));
         return SERVER_FORM_FAILED;
     }
-    *pstServer = stParsed;
     return 0;
 }

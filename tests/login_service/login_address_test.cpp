@@ -103,6 +103,10 @@ TEST_P(LoginServerForm, ReadsHostPortAndTransport)
     EXPECT_STREQ(stEntry.acHost, GetParam().pcHost);
     EXPECT_EQ(stEntry.uiPort, GetParam().uiPort);
     EXPECT_EQ(stEntry.uiTransport, GetParam().uiTransport);
+    const size_t uiHostLen = std::strlen(GetParam().pcHost);
+    EXPECT_EQ(std::count(stEntry.acHost + uiHostLen, stEntry.acHost + sizeof(stEntry.acHost), '\0'),
+              static_cast<std::ptrdiff_t>(sizeof(stEntry.acHost) - uiHostLen))
+        << "the bytes after the host are zero";
 }
 
 INSTANTIATE_TEST_SUITE_P(
