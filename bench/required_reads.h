@@ -33,7 +33,13 @@ struct RequiredReads {
     RequiredReads(const RequiredReads &) = delete;
     RequiredReads &operator=(const RequiredReads &) = delete;
     RequiredReads(RequiredReads &&) = default;
-    RequiredReads &operator=(RequiredReads &&) = default;
+    /* Takes the other's reads and documents; this one's go with the other when it dies. */
+    RequiredReads &operator=(RequiredReads &&stOther) noexcept
+    {
+        vecReads.swap(stOther.vecReads);
+        vecDocuments.swap(stOther.vecDocuments);
+        return *this;
+    }
     ~RequiredReads(); /* releases the kept documents */
 };
 

@@ -264,8 +264,8 @@ TEST(KtlXmlParse, MalformedTextFailsWithParseCode)
     EXPECT_EQ(KTL_XML_LiveDocuments(), uiLiveBefore);
 }
 
-/* While it lives, pugixml's allocations (the document's pages and the library's list of its
- * elements) go through here: the one after uiSucceed more fails, and every block handed out
+/* While it lives, pugixml's allocations (the library's block per document, pugixml's pages,
+ * the moves of an outgrown list of elements) go through here: the one after uiSucceed more fails, and every block handed out
  * is counted until released. Create and destroy it while no document is alive. */
 class FailingXmlAllocator {
 public:

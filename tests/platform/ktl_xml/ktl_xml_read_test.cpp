@@ -240,8 +240,9 @@ TEST(KtlXmlPath, NullArgumentsFail)
 /*
  * Lookups remember where they last matched under a parent, so that a parser reading its
  * keys in document order does not rescan from the first child; the answer must still be the
- * child a walk from the first child finds (reference_lookup.h), and random documents (repeated, prefixed and almost-equal
- * names among comments and text) are searched in random order from random start nodes.
+ * child a walk from the first child finds (reference_lookup.h). Random documents (repeated,
+ * prefixed and almost-equal names among comments and text) are searched in random order
+ * from random start nodes.
  */
 const char *const g_apcNames[] = {"a", "b", "c", "ab", "a1", "a2", "x:a", "y:a", "x:b", "x:ab", ":a", "ns:c"};
 const char *const g_apcComponents[] = {"a", "b", "c", "ab", "a1", "a2", "x:a", "x:b", "y:a", "ns", "abc", ":a"};
