@@ -3,8 +3,10 @@
  * above 255 and no document, or gives a document whose every element can be walked, named,
  * valued, counted and looked up by a dotted path, and which is then released. The first byte
  * splits the input into a dotted path (looked up from the root) and the text. Every lookup
- * must find the very element a walk from the first child finds.
+ * must find the very element a walk from the first child finds, by the path's text and by
+ * the path split.
  */
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -37,7 +39,8 @@ uint32_t WalkPath(_NODE *pstStart, const std::string &strPath, _NODE **ppstFound
     return *ppstFound != nullptr ? 0 : KTL_XML_ERR_NOT_FOUND;
 }
 
-/* Looks strPath up and checks the result against the walk. */
+/* Looks strPath up, by its text and split, and checks both results against the walk. A
+ * path that cannot be split (refused, or of too many components) is refused split. */
 void CheckLookup(_NODE *pstRoot, const std::string &strPath)
 {
     _NODE *pstExpected = nullptr;
@@ -45,6 +48,16 @@ void CheckLookup(_NODE *pstRoot, const std::string &strPath)
     _NODE *pstFound = nullptr;
     FUZZ_CHECK(KTL_XML_GetNodeByUrl(pstRoot, strPath.c_str(), &pstFound) == uiExpected);
     FUZZ_CHECK(pstFound == pstExpected);
+
+    const KTL_XML_PATH stSplit = ktl_xml::CompilePath(strPath.c_str());
+    const bool bSplittable = uiExpected != KTL_XML_ERR_BAD_PATH &&
+                             std::count(strPath.begin(), strPath.end(), '.') < KTL_XML_PATH_STEPS_MAX &&
+                             strPath.size() <= 0xFFFF;
+    FUZZ_CHECK((stSplit.uiSteps != 0) == bSplittable);
+    pstFound = nullptr;
+    FUZZ_CHECK(KTL_XML_GetNodeByPath(pstRoot, &stSplit, &pstFound) ==
+               (bSplittable ? uiExpected : KTL_XML_ERR_BAD_PATH));
+    FUZZ_CHECK(pstFound == (bSplittable ? pstExpected : nullptr));
 }
 
 /* Walks every element (without recursion: documents nest deeper than any stack), checking

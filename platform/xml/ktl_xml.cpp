@@ -101,20 +101,7 @@ private:
     uint64_t m_aulBits[4]; /* set by Clear before first use (documents are made often) */
 };
 
-/* A hash of [pcText, pcText + uiLen) from its length and four of its characters (first,
- * second, middle, last), mixed by one multiplication: constant time per name, and names
- * that share all five land on the same bits, which only costs a search. (Every lookup
- * hashes its components, so the mix is kept short.) */
-uint32_t HashName(const char *pcText, size_t uiLen)
-{
-    uint32_t uiPacked = static_cast<uint32_t>(uiLen) * 0x01000193u;
-    if (uiLen != 0) {
-        const auto Byte = [pcText](size_t i) { return static_cast<uint32_t>(static_cast<unsigned char>(pcText[i])); };
-        uiPacked ^= Byte(0) | Byte(uiLen > 1 ? 1 : 0) << 8 | Byte(uiLen / 2) << 16 | Byte(uiLen - 1) << 24;
-    }
-    const uint32_t uiMixed = uiPacked * 0x9E3779B1u;
-    return uiMixed ^ (uiMixed >> 15);
-}
+using ktl_xml::HashName;
 
 /* Enters an element's name under both forms a path component can match (NameMatches): the
  * whole name and, for a prefixed name, its local part. */
@@ -474,6 +461,16 @@ const _NODE *FindChild(const _NODE &stParent, const Component &stComp)
     return nullptr;
 }
 
+/* One component of a path from pstCurrent: the first names the start node itself, each
+ * further one a child. */
+const _NODE *FollowComponent(const _NODE &stCurrent, bool bFirst, const Component &stComp)
+{
+    if (bFirst) {
+        return NameMatches(stCurrent, stComp) ? &stCurrent : nullptr;
+    }
+    return FindChild(stCurrent, stComp);
+}
+
 } // namespace
 
 extern "C" uint32_t KTL_XML_Parse(const char *pcText, _NODE **ppstRoot)
@@ -553,17 +550,39 @@ extern "C" uint32_t KTL_XML_GetNodeByUrl(_NODE *pstStart, const char *pcPath, _N
             return KTL_XML_ERR_BAD_PATH;
         }
         if (pstCurrent != nullptr) {
-            const Component stComp = {pcComp, uiLen, HashName(pcComp, uiLen)};
-            if (pcComp == pcPath) {
-                pstCurrent = NameMatches(*pstCurrent, stComp) ? pstCurrent : nullptr;
-            } else {
-                pstCurrent = FindChild(*pstCurrent, stComp);
-            }
+            pstCurrent =
+                FollowComponent(*pstCurrent, pcComp == pcPath, Component{pcComp, uiLen, HashName(pcComp, uiLen)});
         }
         if (*pcEnd == '\0') {
             break;
         }
         pcComp = pcEnd + 1;
+    }
+    if (pstCurrent == nullptr) {
+        return KTL_XML_ERR_NOT_FOUND;
+    }
+    *ppstNode = const_cast<_NODE *>(pstCurrent);
+    return 0;
+}
+
+extern "C" uint32_t KTL_XML_GetNodeByPath(_NODE *pstStart, const KTL_XML_PATH *pstPath, _NODE **ppstNode)
+{
+    if (ppstNode == nullptr) {
+        return KTL_XML_ERR_NULL_ARG;
+    }
+    *ppstNode = nullptr;
+    if (pstStart == nullptr || pstPath == nullptr || pstPath->pcText == nullptr) {
+        return KTL_XML_ERR_NULL_ARG;
+    }
+    if (pstPath->uiSteps == 0 || pstPath->uiSteps > KTL_XML_PATH_STEPS_MAX) {
+        return KTL_XML_ERR_BAD_PATH;
+    }
+
+    const _NODE *pstCurrent = pstStart;
+    for (uint32_t i = 0; i < pstPath->uiSteps && pstCurrent != nullptr; ++i) {
+        const KTL_XML_PATH_STEP &stStep = pstPath->astSteps[i];
+        pstCurrent =
+            FollowComponent(*pstCurrent, i == 0, Component{pstPath->pcText + stStep.usAt, stStep.usLen, stStep.uiHash});
     }
     if (pstCurrent == nullptr) {
         return KTL_XML_ERR_NOT_FOUND;

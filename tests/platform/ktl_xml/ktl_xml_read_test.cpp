@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <random>
 #include <sstream>
 #include <string>
@@ -237,6 +238,94 @@ TEST(KtlXmlPath, NullArgumentsFail)
     EXPECT_EQ(KTL_XML_GetNodeByUrl(oDoc.Root(), "a", nullptr), KTL_XML_ERR_NULL_ARG);
 }
 
+/* Split paths: the components and hashes of the library, made by the compiler. */
+constexpr KTL_XML_PATH SPLIT_LOGIN_PATH = ktl_xml::CompilePath("UserInfo.sipinfo.impu");
+static_assert(SPLIT_LOGIN_PATH.uiSteps == 3, "a path is split when the module is compiled");
+
+TEST(KtlXmlSplitPath, HoldsEachComponentsPlaceLengthAndHash)
+{
+    const KTL_XML_PATH &stPath = SPLIT_LOGIN_PATH;
+    EXPECT_STREQ(stPath.pcText, "UserInfo.sipinfo.impu");
+    const struct {
+        uint16_t usAt;
+        uint16_t usLen;
+        const char *pcComponent;
+    } astExpected[] = {{0, 8, "UserInfo"}, {9, 7, "sipinfo"}, {17, 4, "impu"}};
+    for (uint32_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(stPath.astSteps[i].usAt, astExpected[i].usAt) << i;
+        EXPECT_EQ(stPath.astSteps[i].usLen, astExpected[i].usLen) << i;
+        EXPECT_EQ(stPath.astSteps[i].uiHash,
+                  ktl_xml::HashName(astExpected[i].pcComponent, std::strlen(astExpected[i].pcComponent)))
+            << i;
+    }
+}
+
+TEST(KtlXmlSplitPath, FindsWhatTheTextFinds)
+{
+    ParsedDocument oDoc("<UserInfo><x/><sipinfo><impi>i</impi><impu>u</impu></sipinfo>"
+                        "<sipinfo><impu>second</impu></sipinfo></UserInfo>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    _NODE *pstNode = Poisoned<_NODE>();
+    ASSERT_EQ(KTL_XML_GetNodeByPath(oDoc.Root(), &SPLIT_LOGIN_PATH, &pstNode), 0u);
+    EXPECT_EQ(pstNode, NodeAt(oDoc.Root(), "UserInfo.sipinfo.impu"));
+    EXPECT_STREQ(ValueOf(pstNode), "u");
+
+    const KTL_XML_PATH stMissing = ktl_xml::CompilePath("UserInfo.sipinfo.domain");
+    pstNode = Poisoned<_NODE>();
+    EXPECT_EQ(KTL_XML_GetNodeByPath(oDoc.Root(), &stMissing, &pstNode), KTL_XML_ERR_NOT_FOUND);
+    EXPECT_EQ(pstNode, nullptr);
+    const KTL_XML_PATH stOtherStart = ktl_xml::CompilePath("sipinfo.impu");
+    pstNode = Poisoned<_NODE>();
+    EXPECT_EQ(KTL_XML_GetNodeByPath(oDoc.Root(), &stOtherStart, &pstNode), KTL_XML_ERR_NOT_FOUND);
+    EXPECT_EQ(pstNode, nullptr);
+}
+
+TEST(KtlXmlSplitPath, PathsTheTextLookupRefusesOrOfTooManyComponentsAreNotSplit)
+{
+    ParsedDocument oDoc("<a><b><c><d><e/></d></c></b></a>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    EXPECT_EQ(ktl_xml::CompilePath("a.b.c.d").uiSteps, 4u);
+    for (const char *pcPath : {"", ".", "a.", ".a", "a..b", "a.b.", "a.b.c.d.e"}) {
+        const KTL_XML_PATH stPath = ktl_xml::CompilePath(pcPath);
+        EXPECT_EQ(stPath.uiSteps, 0u) << '"' << pcPath << '"';
+        EXPECT_EQ(stPath.pcText, pcPath);
+        _NODE *pstNode = Poisoned<_NODE>();
+        EXPECT_EQ(KTL_XML_GetNodeByPath(oDoc.Root(), &stPath, &pstNode), KTL_XML_ERR_BAD_PATH) << pcPath;
+        EXPECT_EQ(pstNode, nullptr);
+    }
+    /* a longer path is looked up by its text */
+    EXPECT_NE(NodeAt(oDoc.Root(), "a.b.c.d.e"), nullptr);
+}
+
+TEST(KtlXmlSplitPath, NullArgumentsAndStepCountsOutOfRangeFail)
+{
+    ParsedDocument oDoc("<a/>");
+    ASSERT_EQ(oDoc.Code(), 0u);
+    const KTL_XML_PATH stPath = ktl_xml::CompilePath("a");
+    _NODE *pstNode = Poisoned<_NODE>();
+    EXPECT_EQ(KTL_XML_GetNodeByPath(nullptr, &stPath, &pstNode), KTL_XML_ERR_NULL_ARG);
+    EXPECT_EQ(pstNode, nullptr);
+    pstNode = Poisoned<_NODE>();
+    EXPECT_EQ(KTL_XML_GetNodeByPath(oDoc.Root(), nullptr, &pstNode), KTL_XML_ERR_NULL_ARG);
+    EXPECT_EQ(pstNode, nullptr);
+    EXPECT_EQ(KTL_XML_GetNodeByPath(oDoc.Root(), &stPath, nullptr), KTL_XML_ERR_NULL_ARG);
+
+    KTL_XML_PATH stNoText = stPath;
+    stNoText.pcText = nullptr;
+    pstNode = Poisoned<_NODE>();
+    EXPECT_EQ(KTL_XML_GetNodeByPath(oDoc.Root(), &stNoText, &pstNode), KTL_XML_ERR_NULL_ARG);
+    EXPECT_EQ(pstNode, nullptr);
+    KTL_XML_PATH stTooMany = stPath;
+    stTooMany.uiSteps = KTL_XML_PATH_STEPS_MAX + 1;
+    pstNode = Poisoned<_NODE>();
+    EXPECT_EQ(KTL_XML_GetNodeByPath(oDoc.Root(), &stTooMany, &pstNode), KTL_XML_ERR_BAD_PATH);
+    EXPECT_EQ(pstNode, nullptr);
+
+    pstNode = nullptr;
+    EXPECT_EQ(KTL_XML_GetNodeByPath(oDoc.Root(), &stPath, &pstNode), 0u);
+    EXPECT_EQ(pstNode, oDoc.Root());
+}
+
 /*
  * Lookups remember where they last matched under a parent, so that a parser reading its
  * keys in document order does not rescan from the first child; the answer must still be the
@@ -329,11 +418,21 @@ TEST(KtlXmlPath, EveryLookupFindsTheChildAWalkFromTheFirstChildFinds)
                 strPath += "." + vecComps[i];
             }
 
+            /* The same path split once is looked up too, before or after the text, so that
+             * either kind of lookup meets cursors the other one left. */
             _NODE *pstExpected = WalkFromFirstChild(pstStart, vecComps);
-            _NODE *pstFound = Poisoned<_NODE>();
-            const uint32_t uiRet = KTL_XML_GetNodeByUrl(pstStart, strPath.c_str(), &pstFound);
-            ASSERT_EQ(pstFound, pstExpected) << strPath << " from " << ElementName(pstStart) << " in " << oText.str();
-            ASSERT_EQ(uiRet, pstExpected != nullptr ? 0u : KTL_XML_ERR_NOT_FOUND) << strPath;
+            const KTL_XML_PATH stSplit = ktl_xml::CompilePath(strPath.c_str());
+            ASSERT_EQ(stSplit.uiSteps, vecComps.size()) << strPath;
+            const bool bSplitFirst = oRandom() % 2 == 0;
+            for (int iKind = 0; iKind < 2; ++iKind) {
+                const bool bSplit = (iKind == 0) == bSplitFirst;
+                _NODE *pstFound = Poisoned<_NODE>();
+                const uint32_t uiRet = bSplit ? KTL_XML_GetNodeByPath(pstStart, &stSplit, &pstFound)
+                                              : KTL_XML_GetNodeByUrl(pstStart, strPath.c_str(), &pstFound);
+                ASSERT_EQ(pstFound, pstExpected) << (bSplit ? "split " : "text ") << strPath << " from "
+                                                 << ElementName(pstStart) << " in " << oText.str();
+                ASSERT_EQ(uiRet, pstExpected != nullptr ? 0u : KTL_XML_ERR_NOT_FOUND) << strPath;
+            }
             ++ulLookups;
             ulFound += pstExpected != nullptr ? 1 : 0;
         }

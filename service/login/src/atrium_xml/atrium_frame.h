@@ -37,17 +37,44 @@ struct AtriumCallSite {
     LoginTraceCB("", (uiLevel), (stSite).pcFunc, (stSite).pcFile, (stSite).uiLine, __VA_ARGS__)
 
 /*
- * The shared per-key step. Looks pcPath up from pstStart and reads the found element's
+ * A key's dotted path, split and hashed by the compiler: every document is read with the
+ * same few hundred paths, so the per-key step never splits or hashes their text. Key tables
+ * are constexpr (a path that cannot be split stops the build); a call site names its path
+ * with ATRIUM_PATH("a.b").
+ */
+struct AtriumPath {
+    KTL_XML_PATH stSplit;
+
+    constexpr AtriumPath() : stSplit{} {}
+    constexpr AtriumPath(const char *pcText) : stSplit(ktl_xml::CompilePath(pcText)) {}
+    const char *Text() const { return stSplit.pcText; }
+};
+
+#define ATRIUM_PATH(pcLiteral)                                                                                         \
+    ([]() -> const AtriumPath & {                                                                                      \
+        static constexpr AtriumPath s_stPath(pcLiteral);                                                               \
+        return s_stPath;                                                                                               \
+    }())
+
+/*
+ * The shared per-key step. Looks stPath up from pstStart and reads the found element's
  * value: *ppstNode and *ppcValue are reset first, a lookup failure traces level 1
  * "KTL_XML_GetNodeByUrl %s failed=0x%x", a value failure level 1
- * "KTL_XML_GetNodeValue %s failed=0x%x", both on the caller's line. Returns the last
- * library code. The key is present only when *ppcValue is not null.
+ * "KTL_XML_GetNodeValue %s failed=0x%x", both with the path's text on the caller's line.
+ * Returns the last library code. The key is present only when *ppcValue is not null.
  */
-uint32_t AtriumGetNodeValueByUri(_NODE *pstStart, const char *pcPath, _NODE **ppstNode,
-                                 char **ppcValue, const AtriumCallSite &stSite);
+uint32_t AtriumGetNodeValueByUri(_NODE *pstStart, const AtriumPath &stPath, _NODE **ppstNode, char **ppcValue,
+                                 const AtriumCallSite &stSite);
+/* A path given as text would be split on every call: name it with ATRIUM_PATH instead. */
+uint32_t AtriumGetNodeValueByUri(_NODE *pstStart, const char *pcPath, _NODE **ppstNode, char **ppcValue,
+                                 const AtriumCallSite &stSite) = delete;
 
-#define XML_D_GET_NODEVALUE_BYURI(pstStart, pcPath, ppstNode, ppcValue) \
-    AtriumGetNodeValueByUri((pstStart), (pcPath), (ppstNode), (ppcValue), ATRIUM_HERE)
+/* The per-key step when only the element matters (its value is read and a failure traced,
+ * but not kept): the element at stPath, or null. */
+_NODE *AtriumFindElement(_NODE *pstStart, const AtriumPath &stPath, const AtriumCallSite &stSite);
+
+#define XML_D_GET_NODEVALUE_BYURI(pstStart, pcLiteral, ppstNode, ppcValue)                                             \
+    AtriumGetNodeValueByUri((pstStart), ATRIUM_PATH(pcLiteral), (ppstNode), (ppcValue), ATRIUM_HERE)
 
 /*
  * How a parser opens its answer: the argument check and the parse, each with the parser's
@@ -83,7 +110,7 @@ enum class AtriumConv : uint8_t {
 
 /* One row of a key table: where the value is and what to do with it and with its miss. */
 struct AtriumValueKey {
-    const char *pcPath;         /* dotted path from the start node */
+    AtriumPath stPath;          /* dotted path from the start node */
     uint32_t uiOffset;          /* field offset in the record */
     uint32_t uiCapacity;        /* field capacity (Text) */
     AtriumConv eConv;

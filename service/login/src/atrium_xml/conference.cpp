@@ -73,20 +73,19 @@ constexpr uint32_t ListLimit(const char (&)[N][TANDEM_ADDRESS_LEN])
 }
 
 /*
- * Reads the run of consecutive siblings named pcSiblingName that starts at pcFirstPath
+ * Reads the run of consecutive siblings named pcSiblingName that starts at stFirstPath
  * into at most uiLimit entries; *puiCount ends as the number read. A sibling of another
  * name, or one without text, ends the run; siblings past the limit are left unread. The
  * lookup of the first element traces on behalf of the sub-parser that owns the list.
  */
-void TandemReadAddressList(_NODE *pstStart, const char *pcFirstPath, const char *pcSiblingName,
-                           uint32_t uiLimit, uint32_t *puiCount, char (*aacEntries)[TANDEM_ADDRESS_LEN],
-                           const AtriumCallSite &stSite)
+void TandemReadAddressList(_NODE *pstStart, const AtriumPath &stFirstPath, const char *pcSiblingName, uint32_t uiLimit,
+                           uint32_t *puiCount, char (*aacEntries)[TANDEM_ADDRESS_LEN], const AtriumCallSite &stSite)
 {
     _NODE *pstNode = nullptr;
     char *pcValue = nullptr;
 
     *puiCount = 0;
-    (void)AtriumGetNodeValueByUri(pstStart, pcFirstPath, &pstNode, &pcValue, stSite);
+    (void)AtriumGetNodeValueByUri(pstStart, stFirstPath, &pstNode, &pcValue, stSite);
     while (pstNode != nullptr && *puiCount < uiLimit) {
         char *pcName = nullptr;
         pcValue = nullptr;
@@ -109,19 +108,18 @@ using TandemEua = tagXML_S_TANDEM_EUA;
 using TandemStg = tagXML_S_TANDEM_STG;
 using TandemTms = tagXML_S_TANDEM_TMS;
 
-const AtriumValueKey g_astResultKeys[] = {
-    RequiredKey("result.resultCode", ATRIUM_FIELD(TandemResult, uiResultCode), "resultCode empty",
-                LOGIN_TRACE_ERROR, AtriumConv::Strtoul),
-    RequiredKey("result.resultDesc", ATRIUM_FIELD(TandemResult, acResultDesc), "resultDesc empty",
-                LOGIN_TRACE_ERROR),
+constexpr AtriumValueKey g_astResultKeys[] = {
+    RequiredKey("result.resultCode", ATRIUM_FIELD(TandemResult, uiResultCode), "resultCode empty", LOGIN_TRACE_ERROR,
+                AtriumConv::Strtoul),
+    RequiredKey("result.resultDesc", ATRIUM_FIELD(TandemResult, acResultDesc), "resultDesc empty", LOGIN_TRACE_ERROR),
 };
 
-const AtriumValueKey g_astProfileKeys[] = {
+constexpr AtriumValueKey g_astProfileKeys[] = {
     PlainKey("profile.token", ATRIUM_FIELD(TandemProfile, acToken)),
     PlainKey("profile.supportMediaTypes", ATRIUM_FIELD(TandemProfile, acSupportMediaTypes)),
 };
 
-const AtriumValueKey g_astSipKeys[] = {
+constexpr AtriumValueKey g_astSipKeys[] = {
     PlainKey("conferenceClientInfo.serviceDomain", ATRIUM_FIELD(TandemSip, acDomain)),
     PlainKey("conferenceClientInfo.proxyServer", ATRIUM_FIELD(TandemSip, acProxy)),
     PlainKey("conferenceClientInfo.userName", ATRIUM_FIELD(TandemSip, acUserName)),
@@ -129,18 +127,18 @@ const AtriumValueKey g_astSipKeys[] = {
     PlainKey("conferenceClientInfo.authorizedName", ATRIUM_FIELD(TandemSip, acAuthName)),
 };
 
-const AtriumValueKey g_astEuaKeys[] = {
+constexpr AtriumValueKey g_astEuaKeys[] = {
     PlainKey("conferenceClientInfo.euaInfo.userName", ATRIUM_FIELD(TandemEua, acUserName)),
     PlainKey("conferenceClientInfo.euaInfo.password", ATRIUM_FIELD(TandemEua, acPassword)),
     PlainKey("conferenceClientInfo.euaInfo.baseDN", ATRIUM_FIELD(TandemEua, acBaseDN)),
 };
 
-const AtriumValueKey g_astStgKeys[] = {
+constexpr AtriumValueKey g_astStgKeys[] = {
     PlainKey("conferenceClientInfo.stgInfo.userName", ATRIUM_FIELD(TandemStg, acUserName)),
     PlainKey("conferenceClientInfo.stgInfo.password", ATRIUM_FIELD(TandemStg, acPassword)),
 };
 
-const AtriumValueKey g_astTmsKeys[] = {
+constexpr AtriumValueKey g_astTmsKeys[] = {
     PlainKey("conferenceClientInfo.tmsInfo.userName", ATRIUM_FIELD(TandemTms, acUserName)),
     PlainKey("conferenceClientInfo.tmsInfo.password", ATRIUM_FIELD(TandemTms, acPassword)),
 };
@@ -187,7 +185,7 @@ static uint32_t XmlTandemParseEua(_NODE *pstNode, tagXML_S_TANDEM_EUA *pstEua)
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, TANDEM_CONF_CLIENT_NULL_MESSAGE);
         return 2;
     }
-    TandemReadAddressList(pstNode, "conferenceClientInfo.euaInfo.address", "address",
+    TandemReadAddressList(pstNode, ATRIUM_PATH("conferenceClientInfo.euaInfo.address"), "address",
                           ListLimit(pstEua->acAddress), &pstEua->uiAddressNum, pstEua->acAddress, ATRIUM_HERE);
     (void)AtriumReadValueKeys(pstNode, g_astEuaKeys, pstEua, ATRIUM_HERE);
     return 0;
@@ -200,9 +198,9 @@ static uint32_t XmlTandemParseStg(_NODE *pstNode, tagXML_S_TANDEM_STG *pstStg)
         return 2;
     }
     (void)AtriumReadValueKeys(pstNode, g_astStgKeys, pstStg, ATRIUM_HERE);
-    TandemReadAddressList(pstNode, "conferenceClientInfo.stgInfo.stgAddress", "stgAddress",
+    TandemReadAddressList(pstNode, ATRIUM_PATH("conferenceClientInfo.stgInfo.stgAddress"), "stgAddress",
                           ListLimit(pstStg->acStgAddress), &pstStg->uiStgNum, pstStg->acStgAddress, ATRIUM_HERE);
-    TandemReadAddressList(pstNode, "conferenceClientInfo.stgInfo.sbcInnerAddress", "sbcInnerAddress",
+    TandemReadAddressList(pstNode, ATRIUM_PATH("conferenceClientInfo.stgInfo.sbcInnerAddress"), "sbcInnerAddress",
                           ListLimit(pstStg->acSbcInnerAddress), &pstStg->uiSbcNum, pstStg->acSbcInnerAddress,
                           ATRIUM_HERE);
     return 0;
@@ -215,20 +213,20 @@ static uint32_t XmlTandemParseTms(_NODE *pstNode, tagXML_S_TANDEM_TMS *pstTms)
         return 2;
     }
     (void)AtriumReadValueKeys(pstNode, g_astTmsKeys, pstTms, ATRIUM_HERE);
-    TandemReadAddressList(pstNode, "conferenceClientInfo.tmsInfo.address", "address",
+    TandemReadAddressList(pstNode, ATRIUM_PATH("conferenceClientInfo.tmsInfo.address"), "address",
                           ListLimit(pstTms->acAddress), &pstTms->uiTmsNum, pstTms->acAddress, ATRIUM_HERE);
     return 0;
 }
 
-/* pcPath names the first address element, so one routine serves the success answer and
+/* stPath names the first address element, so one routine serves the success answer and
  * the refusal's failConferenceClientInfo block. */
-static uint32_t XmlTandemParseAtrium(_NODE *pstNode, tagXML_S_TANDEM_ATRIUM *pstAtrium, const char *pcPath)
+static uint32_t XmlTandemParseAtrium(_NODE *pstNode, tagXML_S_TANDEM_ATRIUM *pstAtrium, const AtriumPath &stPath)
 {
     if (pstNode == nullptr || pstAtrium == nullptr) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, TANDEM_CONF_CLIENT_NULL_MESSAGE);
         return 2;
     }
-    TandemReadAddressList(pstNode, pcPath, "address", ListLimit(pstAtrium->acAddress), &pstAtrium->uiAtriumNum,
+    TandemReadAddressList(pstNode, stPath, "address", ListLimit(pstAtrium->acAddress), &pstAtrium->uiAtriumNum,
                           pstAtrium->acAddress, ATRIUM_HERE);
     return 0;
 }
@@ -309,7 +307,8 @@ uint32_t XmlParseTandmLoginResult(const char *pcXmlBody, tagXML_S_TANDEM_LOGIN_R
             ATRIUM_TRACE(LOGIN_TRACE_DUMP, "tmsnum: %u, acUserName: %s", pstResult->stTms.uiTmsNum,
                          pstResult->stTms.acUserName);
         }
-        uiRet = XmlTandemParseAtrium(pstNode, &pstResult->stAtrium, "conferenceClientInfo.atriumInfo.address");
+        uiRet =
+            XmlTandemParseAtrium(pstNode, &pstResult->stAtrium, ATRIUM_PATH("conferenceClientInfo.atriumInfo.address"));
         if (uiRet != 0) {
             ATRIUM_TRACE(LOGIN_TRACE_MISS,
                          "Tandem: Conf Login Parse ConferenceClientInfo atriumInfo failed errno=[0x%x]!", uiRet);
@@ -318,7 +317,8 @@ uint32_t XmlParseTandmLoginResult(const char *pcXmlBody, tagXML_S_TANDEM_LOGIN_R
         }
     } else if (TandemFindNode(pstRoot, "result.failConferenceClientInfo", &pstNode)) {
         /* A refusal may still name the portal addresses the client can turn to. */
-        uiRet = XmlTandemParseAtrium(pstNode, &pstResult->stAtrium, "failConferenceClientInfo.atriumInfo.address");
+        uiRet = XmlTandemParseAtrium(pstNode, &pstResult->stAtrium,
+                                     ATRIUM_PATH("failConferenceClientInfo.atriumInfo.address"));
         if (uiRet != 0) {
             ATRIUM_TRACE(LOGIN_TRACE_MISS,
                          "Tandem: Conf Login Parse failConferenceClientInfo AtriumInfo failed errno=[0x%x]!", uiRet);
@@ -348,17 +348,19 @@ uint32_t TandemReadVersionKeys(_NODE *pstRoot, tagXML_S_TANDEM_VERSION_RESULT *p
     _NODE *pstNode = nullptr;
     char *pcValue = nullptr;
 
-    uint32_t uiRet = AtriumGetNodeValueByUri(pstRoot, "versionResult.result.resultCode", &pstNode, &pcValue, stSite);
+    uint32_t uiRet =
+        AtriumGetNodeValueByUri(pstRoot, ATRIUM_PATH("versionResult.result.resultCode"), &pstNode, &pcValue, stSite);
     if (uiRet != 0) {
         return uiRet;
     }
     pstVersion->uiResultCode = KOSA_Strtoul(pcValue, nullptr, 0);
-    uiRet = AtriumGetNodeValueByUri(pstRoot, "versionResult.result.resultDesc", &pstNode, &pcValue, stSite);
+    uiRet =
+        AtriumGetNodeValueByUri(pstRoot, ATRIUM_PATH("versionResult.result.resultDesc"), &pstNode, &pcValue, stSite);
     if (uiRet != 0) {
         return uiRet;
     }
     (void)qev_strcpy_s(pstVersion->acResultDesc, sizeof(pstVersion->acResultDesc), pcValue ? pcValue : "");
-    uiRet = AtriumGetNodeValueByUri(pstRoot, "versionResult.versionNumber", &pstNode, &pcValue, stSite);
+    uiRet = AtriumGetNodeValueByUri(pstRoot, ATRIUM_PATH("versionResult.versionNumber"), &pstNode, &pcValue, stSite);
     if (uiRet != 0) {
         return uiRet;
     }
@@ -403,7 +405,7 @@ namespace {
 using RandomRecord = tagXML_S_TANDEM_RANDOM_RESULT;
 
 /* Both keys are required, and their misses are told at level 1, unlike most of the module. */
-const AtriumValueKey g_astRandomKeys[] = {
+constexpr AtriumValueKey g_astRandomKeys[] = {
     RequiredKey("confinfo.site_url", ATRIUM_FIELD(RandomRecord, acSiteUrl), "Not Find the site_url", LOGIN_TRACE_MISS),
     RequiredKey("confinfo.random", ATRIUM_FIELD(RandomRecord, acRandom), "Not Find the random", LOGIN_TRACE_MISS),
 };
@@ -478,7 +480,7 @@ uint32_t TandemReadSearchSite(_NODE *pstChild, char (&acUri)[TANDEM_SSO_HOST_LEN
     if (KTL_XML_GetAttr(pstChild, 0, "priority", &pcValue) == 0 && pcValue != nullptr) {
         uiPriority = KOSA_Strtoul(pcValue, nullptr, 0);
     }
-    (void)AtriumGetNodeValueByUri(pstChild, "site.sso_hostname", &pstSso, &pcValue, stSite);
+    (void)AtriumGetNodeValueByUri(pstChild, ATRIUM_PATH("site.sso_hostname"), &pstSso, &pcValue, stSite);
     pcValue = nullptr;
     if (pstSso != nullptr && KTL_XML_GetAttr(pstSso, 0, "uri", &pcValue) == 0 && pcValue != nullptr) {
         (void)qev_strcpy_s(acUri, sizeof(acUri), pcValue);
@@ -600,7 +602,7 @@ namespace {
 
 using TempUser = tagXML_S_TANDEM_TEMPUSER_INFO;
 
-const AtriumValueKey g_astTempuserSipKeys[] = {
+constexpr AtriumValueKey g_astTempuserSipKeys[] = {
     TracedKey("ConfParam.sipinfo.impu", ATRIUM_FIELD(TempUser, acImpu), "Not Find the sip impu"),
     TracedKey("ConfParam.sipinfo.impi", ATRIUM_FIELD(TempUser, acImpi), "Not Find the sip impi"),
     DefaultOnMiss(TracedKey("ConfParam.sipinfo.pwdtype", ATRIUM_FIELD(TempUser, bPwdTypeZero), "Not Find the pwdtype",
@@ -648,7 +650,7 @@ uint32_t XmlParseTandemTempuserSipInfo(const char *pcXmlBody, tagXML_S_TANDEM_TE
 
 namespace {
 
-const AtriumValueKey g_astTempuserConfKeys[] = {
+constexpr AtriumValueKey g_astTempuserConfKeys[] = {
     TracedKey("ConfParam.ConfInfo.accesscode", ATRIUM_FIELD(TempUser, acAccessCode), "Not Find the accesscode"),
     TracedKey("ConfParam.ConfInfo.confid", ATRIUM_FIELD(TempUser, acConfId), "Not Find the confid"),
     TracedKey("ConfParam.ConfInfo.confpwd", ATRIUM_FIELD(TempUser, acConfPwd), "Not Find the confpwd"),
@@ -661,7 +663,7 @@ const AtriumValueKey g_astTempuserConfKeys[] = {
 };
 
 /* The short form: three flat keys straight under ConfParam, same fields and messages. */
-const AtriumValueKey g_astTempuserShortConfKeys[] = {
+constexpr AtriumValueKey g_astTempuserShortConfKeys[] = {
     TracedKey("ConfParam.access_code", ATRIUM_FIELD(TempUser, acAccessCode), "Not Find the accesscode"),
     TracedKey("ConfParam.conf_id", ATRIUM_FIELD(TempUser, acConfId), "Not Find the confid"),
     TracedKey("ConfParam.conf_pass", ATRIUM_FIELD(TempUser, acConfPwd), "Not Find the confpwd"),
@@ -712,7 +714,7 @@ namespace {
 using TempAccount = tagXML_S_TEMPUSER_ACCOUNT_INFO;
 
 /* The server spells these keys in mixed case, unlike its other guest answers. */
-const AtriumValueKey g_astTempuserAccountKeys[] = {
+constexpr AtriumValueKey g_astTempuserAccountKeys[] = {
     TracedKey("ConfParam.AccountInfo.account", ATRIUM_FIELD(TempAccount, acAccount), "Not Find the account"),
     TracedKey("ConfParam.AccountInfo.password", ATRIUM_FIELD(TempAccount, acPassword), "Not Find the pwd"),
     TracedKey("ConfParam.AccountInfo.pwdType", ATRIUM_FIELD(TempAccount, uiPwdType), "Not Find the pwdType",

@@ -36,21 +36,29 @@ uint32_t AtriumOpenAnswer(const char *pcBody, const void *pvRecord, const Atrium
     return AtriumParseAnswer(pcBody, stOpening.pcParseFormat, stOpening.uiParseFailure, ppstRoot, stSite);
 }
 
-uint32_t AtriumGetNodeValueByUri(_NODE *pstStart, const char *pcPath, _NODE **ppstNode,
-                                 char **ppcValue, const AtriumCallSite &stSite)
+uint32_t AtriumGetNodeValueByUri(_NODE *pstStart, const AtriumPath &stPath, _NODE **ppstNode, char **ppcValue,
+                                 const AtriumCallSite &stSite)
 {
     *ppstNode = nullptr;
     *ppcValue = nullptr;
-    uint32_t uiRet = KTL_XML_GetNodeByUrl(pstStart, pcPath, ppstNode);
+    uint32_t uiRet = KTL_XML_GetNodeByPath(pstStart, &stPath.stSplit, ppstNode);
     if (uiRet != 0) {
-        ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_MISS, "KTL_XML_GetNodeByUrl %s failed=0x%x", pcPath, uiRet);
+        ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_MISS, "KTL_XML_GetNodeByUrl %s failed=0x%x", stPath.Text(), uiRet);
         return uiRet;
     }
     uiRet = KTL_XML_GetNodeValue(*ppstNode, nullptr, 0, nullptr, ppcValue);
     if (uiRet != 0) {
-        ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_MISS, "KTL_XML_GetNodeValue %s failed=0x%x", pcPath, uiRet);
+        ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_MISS, "KTL_XML_GetNodeValue %s failed=0x%x", stPath.Text(), uiRet);
     }
     return uiRet;
+}
+
+_NODE *AtriumFindElement(_NODE *pstStart, const AtriumPath &stPath, const AtriumCallSite &stSite)
+{
+    _NODE *pstNode = nullptr;
+    char *pcValue = nullptr;
+    (void)AtriumGetNodeValueByUri(pstStart, stPath, &pstNode, &pcValue, stSite);
+    return pstNode;
 }
 
 static void AtriumStoreValue(const AtriumValueKey &stKey, char *pcField, const char *pcValue)
@@ -94,7 +102,7 @@ uint32_t AtriumReadValueKeys(_NODE *pstStart, const AtriumValueKey *pstKeys, siz
         const AtriumValueKey &stKey = pstKeys[i];
         _NODE *pstNode = nullptr;
         char *pcValue = nullptr;
-        (void)AtriumGetNodeValueByUri(pstStart, stKey.pcPath, &pstNode, &pcValue, stSite);
+        (void)AtriumGetNodeValueByUri(pstStart, stKey.stPath, &pstNode, &pcValue, stSite);
         char *pcField = pcRecord + stKey.uiOffset;
         if (pcValue != nullptr) {
             if (stKey.pcPresentMessage != nullptr) {

@@ -39,15 +39,6 @@ char *AttrOrNull(_NODE *pstNode, const char *pcName)
     return (KTL_XML_GetAttr(pstNode, 0, pcName, &pcValue) == 0) ? pcValue : nullptr;
 }
 
-/* The per-key step when only the element matters: the element at pcPath, or null. */
-_NODE *FindElement(_NODE *pstStart, const char *pcPath, const AtriumCallSite &stSite)
-{
-    _NODE *pstNode = nullptr;
-    char *pcValue = nullptr;
-    (void)AtriumGetNodeValueByUri(pstStart, pcPath, &pstNode, &pcValue, stSite);
-    return pstNode;
-}
-
 /* The opening of the answers that report as the login does (login, authentication token,
  * server list). */
 const AtriumOpening LOGIN_OPENING = {"atrium: Conf Login Parse download xmlBody pointer empty!",
@@ -77,7 +68,7 @@ void StoreTerminalScene(_NODE *pstFuncType, UserRecord *pstUser, const AtriumCal
 /* True when the child is a "site" element (the per-key step traces the others). */
 bool IsSiteElement(_NODE *pstChild, const AtriumCallSite &stSite)
 {
-    return FindElement(pstChild, "site", stSite) != nullptr;
+    return AtriumFindElement(pstChild, ATRIUM_PATH("site"), stSite) != nullptr;
 }
 
 /* A zero-filled array of uiNumOfSite sites, or null (traced). A count whose size does not
@@ -135,7 +126,7 @@ constexpr AtriumValueKey KEY_PWD_EXPIRE_TIME = {
 
 namespace {
 
-const AtriumValueKey g_astAuthTokenKeys[] = {
+constexpr AtriumValueKey g_astAuthTokenKeys[] = {
     KEY_ACCESS_TOKEN, KEY_EXPIRE_IN, KEY_REAL_USER_ACCOUNT, KEY_FIRST_LOGIN, KEY_PWD_EXPIRE_TIME,
 };
 
@@ -209,7 +200,7 @@ constexpr LoginStep Own(LoginStepFn pfnOwn)
  * that cannot be copied drops them all; the parse goes on either way. */
 LoginVerdict ReadExtraParms(LoginAnswer &stAnswer)
 {
-    _NODE *pstParms = FindElement(stAnswer.pstRoot, "UserInfo.ExtraParms", stAnswer.stSite);
+    _NODE *pstParms = AtriumFindElement(stAnswer.pstRoot, ATRIUM_PATH("UserInfo.ExtraParms"), stAnswer.stSite);
     if (pstParms == nullptr) {
         ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_PROGRESS, "not find the ExtraParms");
         return LOGIN_GO_ON;
@@ -256,9 +247,9 @@ LoginVerdict ReadExtraParms(LoginAnswer &stAnswer)
 }
 
 /* Read only when the answer has no impu. */
-const AtriumValueKey g_astSipAccountFallBack[] = {
-    {"UserInfo.sipinfo.account", ATRIUM_FIELD(UserRecord, acSipAccount), AtriumConv::Text,
-     false, "Not Find the sip account", LOGIN_TRACE_MISS, nullptr, false, 0},
+constexpr AtriumValueKey g_astSipAccountFallBack[] = {
+    {"UserInfo.sipinfo.account", ATRIUM_FIELD(UserRecord, acSipAccount), AtriumConv::Text, false,
+     "Not Find the sip account", LOGIN_TRACE_MISS, nullptr, false, 0},
 };
 
 /* The SIP identity: the impu, or the account when there is no impu. */
@@ -266,7 +257,8 @@ LoginVerdict ReadSipIdentity(LoginAnswer &stAnswer)
 {
     _NODE *pstNode = nullptr;
     char *pcValue = nullptr;
-    (void)AtriumGetNodeValueByUri(stAnswer.pstRoot, "UserInfo.sipinfo.impu", &pstNode, &pcValue, stAnswer.stSite);
+    (void)AtriumGetNodeValueByUri(stAnswer.pstRoot, ATRIUM_PATH("UserInfo.sipinfo.impu"), &pstNode, &pcValue,
+                                  stAnswer.stSite);
     if (pcValue != nullptr) {
         (void)qev_strcpy_s(stAnswer.pstUser->acSipAccount, sizeof(stAnswer.pstUser->acSipAccount), pcValue);
         return LOGIN_GO_ON;
@@ -283,7 +275,7 @@ LoginVerdict ReadFuncType(LoginAnswer &stAnswer)
 {
     _NODE *pstNode = nullptr;
     char *pcValue = nullptr;
-    (void)AtriumGetNodeValueByUri(stAnswer.pstRoot, "UserInfo.sipinfo.FuncType", &pstNode, &pcValue,
+    (void)AtriumGetNodeValueByUri(stAnswer.pstRoot, ATRIUM_PATH("UserInfo.sipinfo.FuncType"), &pstNode, &pcValue,
                                   stAnswer.stSite);
     if (pcValue == nullptr) {
         ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_MISS, "Not Find the sip FuncType");
@@ -298,7 +290,8 @@ LoginVerdict ReadFuncType(LoginAnswer &stAnswer)
 /* The main site's name, the attribute "name" of "ecsmainsite" (its value is not needed). */
 LoginVerdict ReadMainSiteName(LoginAnswer &stAnswer)
 {
-    _NODE *pstMainSite = FindElement(stAnswer.pstRoot, "UserInfo.servicetp.ecsmainsite", stAnswer.stSite);
+    _NODE *pstMainSite =
+        AtriumFindElement(stAnswer.pstRoot, ATRIUM_PATH("UserInfo.servicetp.ecsmainsite"), stAnswer.stSite);
     if (pstMainSite == nullptr) {
         ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_MISS, "Not Find the ecs main site");
         return LOGIN_GO_ON;
@@ -356,7 +349,7 @@ uint32_t FindMainSite(const Site *pstSites, uint32_t uiNumOfSite, const char *pc
 /* The sites under "servicetp": selected site and SIP server list for the caller. */
 LoginVerdict ReadSites(LoginAnswer &stAnswer)
 {
-    _NODE *pstServiceTp = FindElement(stAnswer.pstRoot, "UserInfo.servicetp", stAnswer.stSite);
+    _NODE *pstServiceTp = AtriumFindElement(stAnswer.pstRoot, ATRIUM_PATH("UserInfo.servicetp"), stAnswer.stSite);
     if (pstServiceTp == nullptr) {
         return LOGIN_GO_ON;
     }
@@ -463,45 +456,45 @@ LoginVerdict ReadUmsAccounts(LoginAnswer &stAnswer)
 const uint32_t DATA_CONF_ABSENT = 1;
 
 /* The login answer, step by step; the order is the trace order. */
-const LoginStep g_astLoginSteps[] = {
+constexpr LoginStep g_astLoginSteps[] = {
     Key(KEY_ACCESS_TOKEN),
     Key(KEY_EXPIRE_IN),
     Own(ReadExtraParms),
     Key(KEY_REAL_USER_ACCOUNT),
-    Key({"UserInfo.displayname", ATRIUM_FIELD(UserRecord, acDisplayName), AtriumConv::Text,
-         false, nullptr, 0, "get diplay name", false, 0}),
+    Key({"UserInfo.displayname", ATRIUM_FIELD(UserRecord, acDisplayName), AtriumConv::Text, false, nullptr, 0,
+         "get diplay name", false, 0}),
     Own(ReadSipIdentity),
-    Key({"UserInfo.sipinfo.impi", ATRIUM_FIELD(UserRecord, acSipImpi), AtriumConv::Text,
-         false, "Not Find the sip impi", LOGIN_TRACE_MISS, nullptr, false, 0}),
-    Key({"UserInfo.sipinfo.short_number", ATRIUM_FIELD(UserRecord, acShortNumber), AtriumConv::Text,
-         false, "Not Find the sip short_number", LOGIN_TRACE_MISS, nullptr, false, 0}),
-    Key({"UserInfo.sipinfo.pwdtype", ATRIUM_FIELD(UserRecord, bPwdTypeZero), AtriumConv::ZeroFlag,
-         false, "Not Find the pwdtype", LOGIN_TRACE_MISS, nullptr, true, 0}),
-    Key({"UserInfo.sipinfo.passwd", ATRIUM_FIELD(UserRecord, acSipPassword), AtriumConv::Text,
-         false, "Not Find the sip passwd", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key({"UserInfo.sipinfo.impi", ATRIUM_FIELD(UserRecord, acSipImpi), AtriumConv::Text, false, "Not Find the sip impi",
+         LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key({"UserInfo.sipinfo.short_number", ATRIUM_FIELD(UserRecord, acShortNumber), AtriumConv::Text, false,
+         "Not Find the sip short_number", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key({"UserInfo.sipinfo.pwdtype", ATRIUM_FIELD(UserRecord, bPwdTypeZero), AtriumConv::ZeroFlag, false,
+         "Not Find the pwdtype", LOGIN_TRACE_MISS, nullptr, true, 0}),
+    Key({"UserInfo.sipinfo.passwd", ATRIUM_FIELD(UserRecord, acSipPassword), AtriumConv::Text, false,
+         "Not Find the sip passwd", LOGIN_TRACE_MISS, nullptr, false, 0}),
     /* the account's message, reused for the domain on purpose */
-    Key({"UserInfo.sipinfo.domain", ATRIUM_FIELD(UserRecord, acSipDomain), AtriumConv::Text,
-         false, "Not Find the sip account", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key({"UserInfo.sipinfo.domain", ATRIUM_FIELD(UserRecord, acSipDomain), AtriumConv::Text, false,
+         "Not Find the sip account", LOGIN_TRACE_MISS, nullptr, false, 0}),
     Own(ReadFuncType),
-    Key({"UserInfo.sipinfo.sname", ATRIUM_FIELD(UserRecord, acSname), AtriumConv::Text,
-         false, "Not Find the sip sname", LOGIN_TRACE_MISS, nullptr, false, 0}),
-    Key({"UserInfo.fileDockServiceType", ATRIUM_FIELD(UserRecord, acFileDockServiceType), AtriumConv::Text,
-         false, "Not Find the fileDockServiceType", LOGIN_TRACE_MISS, nullptr, false, 0}),
-    Key({"UserInfo.fileDockAppId", ATRIUM_FIELD(UserRecord, acFileDockAppId), AtriumConv::Text,
-         false, "Not Find the fileDockAppId", LOGIN_TRACE_MISS, nullptr, false, 0}),
-    Key({"UserInfo.fileDockServerAddr", ATRIUM_FIELD(UserRecord, acFileDockServerAddr), AtriumConv::Text,
-         false, "Not Find the fileDockServerAddr", LOGIN_TRACE_MISS, nullptr, false, 0}),
-    Key({"UserInfo.privacyVersion", ATRIUM_FIELD(UserRecord, acPrivacyVersion), AtriumConv::Text,
-         false, "Not Find the privacyVersion", LOGIN_TRACE_MISS, nullptr, false, 0}),
-    Key({"UserInfo.userType", ATRIUM_FIELD(UserRecord, bHasUserType), AtriumConv::PresentFlag,
-         false, "Not Find the user type", LOGIN_TRACE_MISS, nullptr, true, 0}),
+    Key({"UserInfo.sipinfo.sname", ATRIUM_FIELD(UserRecord, acSname), AtriumConv::Text, false, "Not Find the sip sname",
+         LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key({"UserInfo.fileDockServiceType", ATRIUM_FIELD(UserRecord, acFileDockServiceType), AtriumConv::Text, false,
+         "Not Find the fileDockServiceType", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key({"UserInfo.fileDockAppId", ATRIUM_FIELD(UserRecord, acFileDockAppId), AtriumConv::Text, false,
+         "Not Find the fileDockAppId", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key({"UserInfo.fileDockServerAddr", ATRIUM_FIELD(UserRecord, acFileDockServerAddr), AtriumConv::Text, false,
+         "Not Find the fileDockServerAddr", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key({"UserInfo.privacyVersion", ATRIUM_FIELD(UserRecord, acPrivacyVersion), AtriumConv::Text, false,
+         "Not Find the privacyVersion", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key({"UserInfo.userType", ATRIUM_FIELD(UserRecord, bHasUserType), AtriumConv::PresentFlag, false,
+         "Not Find the user type", LOGIN_TRACE_MISS, nullptr, true, 0}),
     Own(ReadMainSiteName),
     Own(ReadSites),
-    Key({"UserInfo.DeployMode", ATRIUM_FIELD(UserRecord, uiDeployMode), AtriumConv::Strtoul,
-         false, "Not Find the DeployMode", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key({"UserInfo.DeployMode", ATRIUM_FIELD(UserRecord, uiDeployMode), AtriumConv::Strtoul, false,
+         "Not Find the DeployMode", LOGIN_TRACE_MISS, nullptr, false, 0}),
     /* deliberately a dump-level trace */
-    Key({"UserInfo.dataConf", ATRIUM_FIELD(UserRecord, uiDataConf), AtriumConv::Strtoul,
-         false, "Not Find the dataConf", LOGIN_TRACE_DUMP, nullptr, true, DATA_CONF_ABSENT}),
+    Key({"UserInfo.dataConf", ATRIUM_FIELD(UserRecord, uiDataConf), AtriumConv::Strtoul, false, "Not Find the dataConf",
+         LOGIN_TRACE_DUMP, nullptr, true, DATA_CONF_ABSENT}),
     Key(KEY_FIRST_LOGIN),
     Key(KEY_PWD_EXPIRE_TIME),
     Own(ReadServers),
@@ -550,7 +543,7 @@ namespace {
 
 /* A key of the server-list answer: the value is the element's attribute "val". */
 struct ValAttrKey {
-    const char *pcPath;
+    AtriumPath stPath;
     uint32_t uiOffset;
     uint32_t uiCapacity;
     AtriumConv eConv;          /* Text or ZeroFlag */
@@ -558,7 +551,7 @@ struct ValAttrKey {
     uint32_t uiAbsentDefault;
 };
 
-const ValAttrKey g_astServerListKeys[] = {
+constexpr ValAttrKey g_astServerListKeys[] = {
     {"servicetp.sipinfo.impu", ATRIUM_FIELD(UserRecord, acSipAccount), AtriumConv::Text, false, 0},
     {"servicetp.sipinfo.impi", ATRIUM_FIELD(UserRecord, acSipImpi), AtriumConv::Text, false, 0},
     {"servicetp.sipinfo.pwdtype", ATRIUM_FIELD(UserRecord, bPwdTypeZero), AtriumConv::ZeroFlag, true, 0},
@@ -571,7 +564,7 @@ void ReadServerListKeys(_NODE *pstRoot, UserRecord *pstUser, const AtriumCallSit
     char *pcRecord = reinterpret_cast<char *>(pstUser);
     for (const ValAttrKey &stKey : g_astServerListKeys) {
         char *pcField = pcRecord + stKey.uiOffset;
-        _NODE *pstNode = FindElement(pstRoot, stKey.pcPath, stSite);
+        _NODE *pstNode = AtriumFindElement(pstRoot, stKey.stPath, stSite);
         if (pstNode == nullptr) {
             if (stKey.bAbsentDefault) {
                 std::memcpy(pcField, &stKey.uiAbsentDefault, sizeof(stKey.uiAbsentDefault));
@@ -596,7 +589,7 @@ const int32_t FUNC_TYPE_ABSENT_SERVER_LIST = 5;
 /* FuncType from "val"; "terminalScene" is read whenever the element is there. */
 void ReadServerListFuncType(_NODE *pstRoot, UserRecord *pstUser, const AtriumCallSite &stSite)
 {
-    _NODE *pstFuncType = FindElement(pstRoot, "servicetp.sipinfo.FuncType", stSite);
+    _NODE *pstFuncType = AtriumFindElement(pstRoot, ATRIUM_PATH("servicetp.sipinfo.FuncType"), stSite);
     if (pstFuncType == nullptr) {
         pstUser->iFuncType = FUNC_TYPE_ABSENT_SERVER_LIST;
         ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_MISS, "Not Find the sip FuncType, set default 5");
@@ -642,7 +635,7 @@ uint32_t XmlParseAtriumGetServerListRst(const char *pcXmlBody, tagLOGIN_S_ATRIUM
     ReadServerListKeys(pstRoot, pstUserInfo, ATRIUM_HERE);
     ReadServerListFuncType(pstRoot, pstUserInfo, ATRIUM_HERE);
 
-    _NODE *pstServiceTp = FindElement(pstRoot, "servicetp", ATRIUM_HERE);
+    _NODE *pstServiceTp = AtriumFindElement(pstRoot, ATRIUM_PATH("servicetp"), ATRIUM_HERE);
     const uint32_t uiNumOfSite = (pstServiceTp != nullptr) ? GetSiteNumber(pstServiceTp) : 0;
     if (uiNumOfSite != 0) {
         Site *pstSites = NewSiteArray(uiNumOfSite, ATRIUM_HERE);
@@ -678,7 +671,7 @@ SearchSite ReadSearchSite(_NODE *pstChild, const AtriumCallSite &stSite)
     if (pcPriority != nullptr) {
         stFound.uiPriority = KOSA_Strtoul(pcPriority, nullptr, 0);
     }
-    _NODE *pstSsoHost = FindElement(pstChild, "site.sso_hostname", stSite);
+    _NODE *pstSsoHost = AtriumFindElement(pstChild, ATRIUM_PATH("site.sso_hostname"), stSite);
     const char *pcUri = (pstSsoHost != nullptr) ? AttrOrNull(pstSsoHost, "uri") : nullptr;
     if (pcUri != nullptr) {
         (void)qev_strcpy_s(stFound.acUri, sizeof(stFound.acUri), pcUri);
@@ -704,7 +697,7 @@ uint32_t XmlParseAtriumSearchResult(const char *pcXmlBody, tagLOGIN_S_ATRIUM_SEA
     if (uiRet != 0) {
         return uiRet;
     }
-    _NODE *pstServiceTp = FindElement(pstRoot, "UserInfo.servicetp", ATRIUM_HERE);
+    _NODE *pstServiceTp = AtriumFindElement(pstRoot, ATRIUM_PATH("UserInfo.servicetp"), ATRIUM_HERE);
     if (pstServiceTp != nullptr) {
         /* Entries are appended after what the caller has; the record holds five. */
         for (_NODE *pstChild = KTL_XML_GetNodeFirstChild(pstServiceTp);
@@ -730,11 +723,11 @@ namespace {
 
 using TokenInfo = tagLOGIN_S_ATRIUM_TOKEN_INFO;
 
-const char TOKEN_INFO_TOKEN_PATH[] = "UserInfo.LoginToken.AccessToken";
-const char TOKEN_INFO_EXPIRE_PATH[] = "UserInfo.LoginToken.ExpireIn";
+constexpr char TOKEN_INFO_TOKEN_PATH[] = "UserInfo.LoginToken.AccessToken";
+constexpr char TOKEN_INFO_EXPIRE_PATH[] = "UserInfo.LoginToken.ExpireIn";
 
 /* Optional; a copy that fails leaves the field empty. */
-const AtriumValueKey g_astTokenInfoAccountKeys[] = {
+constexpr AtriumValueKey g_astTokenInfoAccountKeys[] = {
     {"UserInfo.Account", ATRIUM_FIELD(TokenInfo, acAccount), AtriumConv::Text, false, nullptr, 0, nullptr, false, 0},
     {"UserInfo.PWD", ATRIUM_FIELD(TokenInfo, acPassword), AtriumConv::Text, false, nullptr, 0, nullptr, false, 0},
 };
@@ -781,18 +774,18 @@ namespace {
 
 using RightConfig = tagLOGIN_S_ATRIUM_RIGHT_CONFIG;
 
-const AtriumValueKey g_astRightConfigRetCode[] = {
+constexpr AtriumValueKey g_astRightConfigRetCode[] = {
     {"root.retcode", ATRIUM_FIELD(RightConfig, uiRetCode), AtriumConv::Strtoul, false, nullptr, 0, nullptr, false, 0},
 };
 
 /* A text of the right configuration, copied with a counted copy (value length + 1). */
 struct CountedTextKey {
-    const char *pcPath;
+    AtriumPath stPath;
     uint32_t uiOffset;
     uint32_t uiCapacity;
 };
 
-const CountedTextKey g_astRightConfigTexts[] = {
+constexpr CountedTextKey g_astRightConfigTexts[] = {
     {"root.devkey", ATRIUM_FIELD(RightConfig, acDevKey)},
     {"root.devtype", ATRIUM_FIELD(RightConfig, acDevType)},
     {"root.timestamp", ATRIUM_FIELD(RightConfig, acTimestamp)},
@@ -804,7 +797,7 @@ void ReadCountedTexts(_NODE *pstRoot, RightConfig *pstConfig, const AtriumCallSi
     for (const CountedTextKey &stKey : g_astRightConfigTexts) {
         _NODE *pstNode = nullptr;
         char *pcValue = nullptr;
-        (void)AtriumGetNodeValueByUri(pstRoot, stKey.pcPath, &pstNode, &pcValue, stSite);
+        (void)AtriumGetNodeValueByUri(pstRoot, stKey.stPath, &pstNode, &pcValue, stSite);
         if (pcValue != nullptr) {
             (void)qev_strncpy_s(pcRecord + stKey.uiOffset, stKey.uiCapacity, pcValue, KOSA_StrLen(pcValue) + 1);
         }

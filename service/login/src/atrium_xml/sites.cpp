@@ -31,7 +31,6 @@ const uint32_t RESOLVER_ENTRIES = 12;        /* capacity of one resolver answer 
 const uint32_t RESOLVER_TYPE_FIRST = 2;
 const uint32_t RESOLVER_TYPE_SECOND = 1;
 const uint32_t RESULT_RESOLVE_FAILED = 7;
-const uint32_t PATH_CAPACITY = 100;          /* numbered paths such as "...ms1" */
 const uint32_t GROUPS_PER_SITE = 3;          /* groups a site contributes to a selection */
 
 using Group = tagLOGIN_S_ACCESS_SERVER;
@@ -48,23 +47,13 @@ enum class AttrStore : uint8_t {
 
 /* One row of an attribute-key table: the element, its attribute and the field it fills. */
 struct AttrKey {
-    const char *pcPath;        /* dotted path from the start node */
+    AtriumPath stPath; /* dotted path from the start node */
     const char *pcAttr;
     uint32_t uiOffset;         /* field offset in the record */
     uint32_t uiCapacity;       /* field capacity */
     AttrStore eStore;
     const char *pcAfterFormat; /* level-2 trace of the field ("%s") after the row, or null */
 };
-
-/* The shared per-key step: the element at pcPath, or null (the step traces the miss). The
- * element's value is read and its failure traced, but the callers only want attributes. */
-_NODE *FindElement(_NODE *pstStart, const char *pcPath, const AtriumCallSite &stSite)
-{
-    _NODE *pstNode = nullptr;
-    char *pcValue = nullptr;
-    (void)AtriumGetNodeValueByUri(pstStart, pcPath, &pstNode, &pcValue, stSite);
-    return pstNode;
-}
 
 /* Attribute pcName of a node when present and not empty, else null. */
 const char *NonEmptyAttr(_NODE *pstNode, const char *pcName)
@@ -76,12 +65,11 @@ const char *NonEmptyAttr(_NODE *pstNode, const char *pcName)
     return pcAttr;
 }
 
-/* Attribute pcName of the element at pcPath: the element is looked up with the per-key
+/* Attribute pcName of the element at stPath: the element is looked up with the per-key
  * step, and its attribute read whatever its value read gave. */
-const char *FoundAttr(_NODE *pstStart, const char *pcPath, const char *pcName,
-                      const AtriumCallSite &stSite)
+const char *FoundAttr(_NODE *pstStart, const AtriumPath &stPath, const char *pcName, const AtriumCallSite &stSite)
 {
-    _NODE *pstNode = FindElement(pstStart, pcPath, stSite);
+    _NODE *pstNode = AtriumFindElement(pstStart, stPath, stSite);
     return pstNode == nullptr ? nullptr : NonEmptyAttr(pstNode, pcName);
 }
 
@@ -108,7 +96,7 @@ void ReadAttrKeys(_NODE *pstStart, const AttrKey *pstKeys, size_t uiCount, void 
     for (size_t i = 0; i < uiCount; ++i) {
         const AttrKey &stKey = pstKeys[i];
         char *pcField = pcRecord + stKey.uiOffset;
-        const char *pcAttr = FoundAttr(pstStart, stKey.pcPath, stKey.pcAttr, stSite);
+        const char *pcAttr = FoundAttr(pstStart, stKey.stPath, stKey.pcAttr, stSite);
         if (pcAttr != nullptr) {
             if (stKey.eStore == AttrStore::Resolve) {
                 (void)XmlAtriumGetIpFromDomain(pcField, stKey.uiCapacity, pcAttr);
@@ -129,25 +117,31 @@ void ReadAttrKeys(_NODE *pstStart, const AttrKey (&astKeys)[N], void *pvRecord,
     ReadAttrKeys(pstStart, astKeys, N, pvRecord, stSite);
 }
 
-/* The "uri" of the eight numbered elements pcPathPrefix names (pcPathPrefix followed by the
+/* The "uri" of the eight numbered elements astPaths name (a list's path followed by the
  * number 1 .. 8) into aacUri; the count is fixed, a missing element is traced and skipped, a
- * ninth is never read. The path is written once and only its digit changes per element: a
- * formatted print per key cost some 650 instructions, more than the lookup of the key. */
-void ReadNumberedUris(_NODE *pstStart, const char *pcPathPrefix, char (*aacUri)[256],
+ * ninth is never read. */
+void ReadNumberedUris(_NODE *pstStart, const AtriumPath (&astPaths)[LOGIN_MEDIA_SERVER_NUM], char (*aacUri)[256],
                       const AtriumCallSite &stSite)
 {
-    static_assert(LOGIN_MEDIA_SERVER_NUM <= 9, "the number is written as one digit");
-    char acPath[PATH_CAPACITY];
-    (void)qev_strcpy_s(acPath, sizeof(acPath) - 1, pcPathPrefix); /* room left for the digit */
-    const uint32_t uiDigitAt = KOSA_StrLen(acPath);
-    for (uint32_t i = 1; i <= LOGIN_MEDIA_SERVER_NUM; ++i) {
-        acPath[uiDigitAt] = static_cast<char>('0' + i);
-        acPath[uiDigitAt + 1] = '\0';
-        CopyText(aacUri[i - 1], sizeof(aacUri[i - 1]), FoundAttr(pstStart, acPath, "uri", stSite));
+    for (uint32_t i = 0; i < LOGIN_MEDIA_SERVER_NUM; ++i) {
+        CopyText(aacUri[i], sizeof(aacUri[i]), FoundAttr(pstStart, astPaths[i], "uri", stSite));
     }
 }
 
-const AttrKey g_astStgKeys[] = {
+static_assert(LOGIN_MEDIA_SERVER_NUM == 8, "one path per numbered element below");
+
+constexpr AtriumPath g_astMsPaths[LOGIN_MEDIA_SERVER_NUM] = {
+    "accessserver.msgroup.ms1", "accessserver.msgroup.ms2", "accessserver.msgroup.ms3", "accessserver.msgroup.ms4",
+    "accessserver.msgroup.ms5", "accessserver.msgroup.ms6", "accessserver.msgroup.ms7", "accessserver.msgroup.ms8",
+};
+
+constexpr AtriumPath g_astMsStgPaths[LOGIN_MEDIA_SERVER_NUM] = {
+    "stggroup.msstggroup.msstg1", "stggroup.msstggroup.msstg2", "stggroup.msstggroup.msstg3",
+    "stggroup.msstggroup.msstg4", "stggroup.msstggroup.msstg5", "stggroup.msstggroup.msstg6",
+    "stggroup.msstggroup.msstg7", "stggroup.msstggroup.msstg8",
+};
+
+constexpr AttrKey g_astStgKeys[] = {
     {"stggroup.stg", "uri", ATRIUM_FIELD(StgGroup, acStgUri), AttrStore::Copy, nullptr},
     {"stggroup.auth", "account", ATRIUM_FIELD(StgGroup, acAuthAccount), AttrStore::Copy, nullptr},
     {"stggroup.auth", "pwd", ATRIUM_FIELD(StgGroup, acAuthPwd), AttrStore::Copy, nullptr},
@@ -159,7 +153,7 @@ const AttrKey g_astStgKeys[] = {
 };
 
 /* In lookup order, which is also the order of the trace lines. */
-const AttrKey g_astAccessServerKeys[] = {
+constexpr AttrKey g_astAccessServerKeys[] = {
     {"accessserver.sip", "uri", ATRIUM_FIELD(Group, acSipUri), AttrStore::Copy, nullptr},
     {"accessserver.svn", "uri", ATRIUM_FIELD(Group, acSvnUri), AttrStore::Copy, nullptr},
     {"accessserver.httpsproxy", "uri", ATRIUM_FIELD(Group, acHttpsProxyUri), AttrStore::Copy, nullptr},
@@ -169,8 +163,7 @@ const AttrKey g_astAccessServerKeys[] = {
     {"accessserver.conf_type", "cmstype", ATRIUM_FIELD(Group, acConfType), AttrStore::Copy, nullptr},
     {"accessserver.maa", "uri", ATRIUM_FIELD(Group, acMaaUri), AttrStore::Copy, nullptr},
     {"accessserver.maa1", "uri", ATRIUM_FIELD(Group, acMaa1Uri), AttrStore::Copy, nullptr},
-    {"accessserver.maaproxy", "uri", ATRIUM_FIELD(Group, acMaaProxyAddr), AttrStore::Resolve,
-     "mmaproxy : %s"},
+    {"accessserver.maaproxy", "uri", ATRIUM_FIELD(Group, acMaaProxyAddr), AttrStore::Resolve, "mmaproxy : %s"},
     {"accessserver.maadrproxy", "uri", ATRIUM_FIELD(Group, acMaaDrProxyAddr), AttrStore::Resolve, nullptr},
     {"accessserver.androidpush", "uri", ATRIUM_FIELD(Group, acAndroidPushUri), AttrStore::Copy, nullptr},
     {"accessserver.msparam", "uri", ATRIUM_FIELD(Group, acMsParamUri), AttrStore::Copy, nullptr},
@@ -185,7 +178,7 @@ const AttrKey g_astAccessServerKeys[] = {
  * siptls itself: the server lists it that way. */
 void ReadSipTls(_NODE *pstNode, Group *pstServer, const AtriumCallSite &stSite)
 {
-    _NODE *pstSipTls = FindElement(pstNode, "accessserver.siptls", stSite);
+    _NODE *pstSipTls = AtriumFindElement(pstNode, ATRIUM_PATH("accessserver.siptls"), stSite);
     if (pstSipTls == nullptr) {
         return;
     }
@@ -329,7 +322,7 @@ uint32_t XmlAtriumParseStgInfo(_NODE *pstNode, tagLOGIN_S_STG_GROUP *pstStg)
         return 2;
     }
     ReadAttrKeys(pstNode, g_astStgKeys, pstStg, ATRIUM_HERE);
-    ReadNumberedUris(pstNode, "stggroup.msstggroup.msstg", pstStg->aacMsStgUri, ATRIUM_HERE);
+    ReadNumberedUris(pstNode, g_astMsStgPaths, pstStg->aacMsStgUri, ATRIUM_HERE);
     return 0;
 }
 
@@ -343,19 +336,20 @@ uint32_t XmlAtriumParseAccessServer(_NODE *pstNode, tagLOGIN_S_ACCESS_SERVER *ps
     CopyText(pstServer->acName, sizeof(pstServer->acName), NonEmptyAttr(pstNode, "name"));
     ReadAttrKeys(pstNode, g_astAccessServerKeys, pstServer, ATRIUM_HERE);
 
-    _NODE *pstStg = FindElement(pstNode, "accessserver.stggroup", ATRIUM_HERE);
+    _NODE *pstStg = AtriumFindElement(pstNode, ATRIUM_PATH("accessserver.stggroup"), ATRIUM_HERE);
     if (pstStg != nullptr && XmlAtriumParseStgInfo(pstStg, &pstServer->stStgGroup) != 0) {
         ATRIUM_TRACE(LOGIN_TRACE_MISS, "parse stg info error");
     }
-    ReadNumberedUris(pstNode, "accessserver.msgroup.ms", pstServer->aacMsUri, ATRIUM_HERE);
+    ReadNumberedUris(pstNode, g_astMsPaths, pstServer->aacMsUri, ATRIUM_HERE);
     ReadSipTls(pstNode, pstServer, ATRIUM_HERE);
 
-    _NODE *pstSrtp = FindElement(pstNode, "accessserver.srtp", ATRIUM_HERE);
+    _NODE *pstSrtp = AtriumFindElement(pstNode, ATRIUM_PATH("accessserver.srtp"), ATRIUM_HERE);
     if (pstSrtp != nullptr) {
         SetFlagWhenActive(pstSrtp, &pstServer->uiSrtpActive);
     }
     if (pcAtriumAddr != nullptr) {
-        CopyText(pcAtriumAddr, uiAtriumAddrLen, FoundAttr(pstNode, "accessserver.atrium", "uri", ATRIUM_HERE));
+        CopyText(pcAtriumAddr, uiAtriumAddrLen,
+                 FoundAttr(pstNode, ATRIUM_PATH("accessserver.atrium"), "uri", ATRIUM_HERE));
     }
     return 0;
 }
@@ -370,7 +364,7 @@ uint32_t GetSiteNumber(_NODE *pstNode)
     (void)KTL_XML_GetNodeChildNum(pstNode, &uiChildren);
     _NODE *pstChild = KTL_XML_GetNodeFirstChild(pstNode);
     for (uint32_t i = 0; i < uiChildren && pstChild != nullptr; ++i) {
-        if (FindElement(pstChild, "site", ATRIUM_HERE) != nullptr) {
+        if (AtriumFindElement(pstChild, ATRIUM_PATH("site"), ATRIUM_HERE) != nullptr) {
             ++uiSites;
         }
         pstChild = KTL_XML_GetNodeNextSibling(pstChild);
@@ -390,12 +384,12 @@ uint32_t XmlAtriumParseSite(_NODE *pstNode, tagLOGIN_S_SITE *pstSite, char *pcAt
     if (pcPriority != nullptr) {
         pstSite->uiPriority = KOSA_Strtoul(pcPriority, nullptr, 0);
     }
-    _NODE *pstSbc = FindElement(pstNode, "site.sbc", ATRIUM_HERE);
+    _NODE *pstSbc = AtriumFindElement(pstNode, ATRIUM_PATH("site.sbc"), ATRIUM_HERE);
     if (pstSbc != nullptr) {
         CopyText(pstSite->acSbcDomain, sizeof(pstSite->acSbcDomain), NonEmptyAttr(pstSbc, "domain"));
     }
 
-    _NODE *pstGroupList = FindElement(pstNode, "site.accessservergroup", ATRIUM_HERE);
+    _NODE *pstGroupList = AtriumFindElement(pstNode, ATRIUM_PATH("site.accessservergroup"), ATRIUM_HERE);
     if (pstGroupList != nullptr) {
         (void)KTL_XML_GetNodeChildNum(pstGroupList, &pstSite->uiNumOfAccessServer);
         if (pstSite->uiNumOfAccessServer != 0) {
@@ -409,7 +403,7 @@ uint32_t XmlAtriumParseSite(_NODE *pstNode, tagLOGIN_S_SITE *pstSite, char *pcAt
         }
     }
 
-    _NODE *pstAuth = FindElement(pstNode, "site.tmstr069auth", ATRIUM_HERE);
+    _NODE *pstAuth = AtriumFindElement(pstNode, ATRIUM_PATH("site.tmstr069auth"), ATRIUM_HERE);
     if (pstAuth != nullptr) {
         CopyText(pstSite->acDefaultAccount, sizeof(pstSite->acDefaultAccount),
                  NonEmptyAttr(pstAuth, "defaultaccount"));
@@ -420,7 +414,7 @@ uint32_t XmlAtriumParseSite(_NODE *pstNode, tagLOGIN_S_SITE *pstSite, char *pcAt
 
 uint32_t IsMatchingSite(_NODE *pstNode, const char *pcHost)
 {
-    const char *pcSsoHost = FoundAttr(pstNode, "site.sso_hostname", "uri", ATRIUM_HERE);
+    const char *pcSsoHost = FoundAttr(pstNode, ATRIUM_PATH("site.sso_hostname"), "uri", ATRIUM_HERE);
     return (pcSsoHost != nullptr && KOSA_StrCmp(pcSsoHost, pcHost) == 0) ? 1 : 0;
 }
 
