@@ -18,7 +18,9 @@
  * Dotted-path lookups: parsers read their keys mostly in document order. Each Document
  * keeps a few child cursors (one per recently searched parent) that remember where the last
  * match was and which names occur up to it, so the next lookup under that parent goes on
- * from there; the first matching child is still the one returned (see FindChild).
+ * from there; the first matching child is still the one returned (see FindChild). A path
+ * comes as text (split and hashed per call) or split beforehand (KTL_XML_PATH, which the
+ * parsers build at compile time); both follow the same components the same way.
  *
  * Navigation sees element nodes only. Every walk is a loop: documents may nest deeper
  * than any stack.

@@ -1,5 +1,6 @@
 /*
- * ktl_xml.h - the XML document library: eight DOM operations over a parsed answer.
+ * ktl_xml.h - the XML document library: eight DOM operations over a parsed answer, and
+ * the dotted-path lookup again for paths split beforehand.
  *
  * A thin adapter over pugixml. KTL_XML_Parse makes a private copy of the text, parses it
  * in place and hands back the root element; every other operation reads from that
