@@ -65,13 +65,15 @@ struct AtriumPath {
  */
 uint32_t AtriumGetNodeValueByUri(_NODE *pstStart, const AtriumPath &stPath, _NODE **ppstNode, char **ppcValue,
                                  const AtriumCallSite &stSite);
-/* A path given as text would be split on every call: name it with ATRIUM_PATH instead. */
+/* A path given as text would be split on every call: name it with ATRIUM_PATH instead (the
+ * same holds for AtriumFindElement below). */
 uint32_t AtriumGetNodeValueByUri(_NODE *pstStart, const char *pcPath, _NODE **ppstNode, char **ppcValue,
                                  const AtriumCallSite &stSite) = delete;
 
 /* The per-key step when only the element matters (its value is read and a failure traced,
  * but not kept): the element at stPath, or null. */
 _NODE *AtriumFindElement(_NODE *pstStart, const AtriumPath &stPath, const AtriumCallSite &stSite);
+_NODE *AtriumFindElement(_NODE *pstStart, const char *pcPath, const AtriumCallSite &stSite) = delete;
 
 #define XML_D_GET_NODEVALUE_BYURI(pstStart, pcLiteral, ppstNode, ppcValue)                                             \
     AtriumGetNodeValueByUri((pstStart), ATRIUM_PATH(pcLiteral), (ppstNode), (ppcValue), ATRIUM_HERE)
