@@ -50,11 +50,8 @@ struct AtriumPath {
     const char *Text() const { return stSplit.pcText; }
 };
 
-#define ATRIUM_PATH(pcLiteral)                                                                                         \
-    ([]() -> const AtriumPath & {                                                                                      \
-        static constexpr AtriumPath s_stPath(pcLiteral);                                                               \
-        return s_stPath;                                                                                               \
-    }())
+#define ATRIUM_PATH(pcLiteral) \
+    ([]() -> const AtriumPath & { static constexpr AtriumPath s_stPath(pcLiteral); return s_stPath; }())
 
 /*
  * The shared per-key step. Looks stPath up from pstStart and reads the found element's
@@ -75,7 +72,7 @@ uint32_t AtriumGetNodeValueByUri(_NODE *pstStart, const char *pcPath, _NODE **pp
 _NODE *AtriumFindElement(_NODE *pstStart, const AtriumPath &stPath, const AtriumCallSite &stSite);
 _NODE *AtriumFindElement(_NODE *pstStart, const char *pcPath, const AtriumCallSite &stSite) = delete;
 
-#define XML_D_GET_NODEVALUE_BYURI(pstStart, pcLiteral, ppstNode, ppcValue)                                             \
+#define XML_D_GET_NODEVALUE_BYURI(pstStart, pcLiteral, ppstNode, ppcValue) \
     AtriumGetNodeValueByUri((pstStart), ATRIUM_PATH(pcLiteral), (ppstNode), (ppcValue), ATRIUM_HERE)
 
 /*

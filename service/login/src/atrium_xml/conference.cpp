@@ -78,8 +78,9 @@ constexpr uint32_t ListLimit(const char (&)[N][TANDEM_ADDRESS_LEN])
  * name, or one without text, ends the run; siblings past the limit are left unread. The
  * lookup of the first element traces on behalf of the sub-parser that owns the list.
  */
-void TandemReadAddressList(_NODE *pstStart, const AtriumPath &stFirstPath, const char *pcSiblingName, uint32_t uiLimit,
-                           uint32_t *puiCount, char (*aacEntries)[TANDEM_ADDRESS_LEN], const AtriumCallSite &stSite)
+void TandemReadAddressList(_NODE *pstStart, const AtriumPath &stFirstPath, const char *pcSiblingName,
+                           uint32_t uiLimit, uint32_t *puiCount, char (*aacEntries)[TANDEM_ADDRESS_LEN],
+                           const AtriumCallSite &stSite)
 {
     _NODE *pstNode = nullptr;
     char *pcValue = nullptr;
@@ -109,9 +110,10 @@ using TandemStg = tagXML_S_TANDEM_STG;
 using TandemTms = tagXML_S_TANDEM_TMS;
 
 constexpr AtriumValueKey g_astResultKeys[] = {
-    RequiredKey("result.resultCode", ATRIUM_FIELD(TandemResult, uiResultCode), "resultCode empty", LOGIN_TRACE_ERROR,
-                AtriumConv::Strtoul),
-    RequiredKey("result.resultDesc", ATRIUM_FIELD(TandemResult, acResultDesc), "resultDesc empty", LOGIN_TRACE_ERROR),
+    RequiredKey("result.resultCode", ATRIUM_FIELD(TandemResult, uiResultCode), "resultCode empty",
+                LOGIN_TRACE_ERROR, AtriumConv::Strtoul),
+    RequiredKey("result.resultDesc", ATRIUM_FIELD(TandemResult, acResultDesc), "resultDesc empty",
+                LOGIN_TRACE_ERROR),
 };
 
 constexpr AtriumValueKey g_astProfileKeys[] = {

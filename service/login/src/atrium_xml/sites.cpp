@@ -47,7 +47,7 @@ enum class AttrStore : uint8_t {
 
 /* One row of an attribute-key table: the element, its attribute and the field it fills. */
 struct AttrKey {
-    AtriumPath stPath; /* dotted path from the start node */
+    AtriumPath stPath;         /* dotted path from the start node */
     const char *pcAttr;
     uint32_t uiOffset;         /* field offset in the record */
     uint32_t uiCapacity;       /* field capacity */
