@@ -499,7 +499,8 @@ extern "C" uint32_t KTL_XML_Parse(const char *pcText, _NODE **ppstRoot)
         return KTL_XML_ERR_NO_MEMORY;
     }
     char *pcBlock = static_cast<char *>(pvBlock);
-    auto *pstDoc = new (pvBlock) Document(reinterpret_cast<_NODE *>(pcBlock + ROOM_OFFSET), static_cast<uint32_t>(uiRoom));
+    auto *pstDoc =
+        new (pvBlock) Document(reinterpret_cast<_NODE *>(pcBlock + ROOM_OFFSET), static_cast<uint32_t>(uiRoom));
     std::memcpy(pcBlock + uiCopyAt, pcText, uiTextLen + 1);
     const uint32_t uiRet = LoadCopy(*pstDoc, pcBlock + uiCopyAt, uiTextLen + 1);
     if (uiRet != 0) {

@@ -112,7 +112,7 @@ TEST_F(ResolveTest, HostTooLongForItsBufferIsNotResolved)
     EXPECT_THAT(m_resolver.Calls(), IsEmpty());
 }
 
-// The longest host name there is (253 characters and the root's dot) is read whole.
+/* The longest host name there is (253 characters and the root's dot) is read whole. */
 TEST_F(ResolveTest, LongestHostNameIsReadWholeAndResolved)
 {
     const std::string strLabel(63, 'h');

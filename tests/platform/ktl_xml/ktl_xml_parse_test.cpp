@@ -19,18 +19,6 @@
 
 namespace {
 
-/* Value of the element at pcPath from the root, or null when absent. */
-char *ValueAt(_NODE *pstRoot, const char *pcPath)
-{
-    _NODE *pstNode = nullptr;
-    char *pcValue = nullptr;
-    if (KTL_XML_GetNodeByUrl(pstRoot, pcPath, &pstNode) != 0 ||
-        KTL_XML_GetNodeValue(pstNode, nullptr, 0, nullptr, &pcValue) != 0) {
-        return nullptr;
-    }
-    return pcValue;
-}
-
 std::string NestedElements(size_t uiDepth)
 {
     std::string strText;
@@ -265,8 +253,9 @@ TEST(KtlXmlParse, MalformedTextFailsWithParseCode)
 }
 
 /* While it lives, pugixml's allocations (the library's block per document, pugixml's pages,
- * the moves of an outgrown list of elements) go through here: the one after uiSucceed more fails, and every block handed out
- * is counted until released. Create and destroy it while no document is alive. */
+ * the moves of an outgrown list of elements) go through here: the one after uiSucceed more
+ * fails, and every block handed out is counted until released. Create and destroy it while
+ * no document is alive. */
 class FailingXmlAllocator {
 public:
     explicit FailingXmlAllocator(uint32_t uiSucceed)

@@ -22,33 +22,6 @@
 
 namespace {
 
-/* A non-null pointer that no operation may hand back, to prove an out-pointer was reset. */
-template <typename T> T *Poisoned()
-{
-    static char s_cMarker;
-    return reinterpret_cast<T *>(&s_cMarker);
-}
-
-const char *ValueOf(_NODE *pstNode)
-{
-    char *pcValue = Poisoned<char>();
-    EXPECT_EQ(KTL_XML_GetNodeValue(pstNode, nullptr, 0, nullptr, &pcValue), 0u);
-    return pcValue;
-}
-
-_NODE *NodeAt(_NODE *pstStart, const char *pcPath)
-{
-    _NODE *pstNode = nullptr;
-    EXPECT_EQ(KTL_XML_GetNodeByUrl(pstStart, pcPath, &pstNode), 0u) << pcPath;
-    return pstNode;
-}
-
-const char *ValueAt(_NODE *pstStart, const char *pcPath)
-{
-    _NODE *pstNode = NodeAt(pstStart, pcPath);
-    return pstNode == nullptr ? "<no node>" : ValueOf(pstNode);
-}
-
 /* ---- navigation ---------------------------------------------------------------------- */
 
 TEST(KtlXmlNavigation, SeesElementsOnly)
