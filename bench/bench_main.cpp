@@ -11,6 +11,11 @@
  *   <case>/reads   the value and attribute reads one call makes through the XML library,
  *                  replayed on the same nodes without any lookup (required_reads.h):
  *                  floor + reads bounds from below any reader that keeps the per-key step;
+ *   <case>/walk    the least walk through pugixml's API, in the same bytes parsed once,
+ *                  that reaches every element the call reads (reader_walk.h);
+ *   <case>/copies  the bounded copies of the texts those reads returned into their fields,
+ *                  replayed from the same texts (required_reads.h); floor + walk + reads +
+ *                  copies bounds from below any reader of the answer built on pugixml;
  *   <case>/module  the caller's clear, the exported function, the release of what it
  *                  handed over.
  * The portal logins also run through libxml2 with one XPath query per key
@@ -40,6 +45,7 @@
 #include "answers.h"
 #include "cases.h"
 #include "ledger.h"
+#include "reader_walk.h"
 #include "required_reads.h"
 #include "table.h"
 #include "xpath_login.h"
@@ -83,6 +89,7 @@ struct PreparedCase {
     FloorPlan stFloor;
     CallCounts stCounts;
     RequiredReads stReads;  /* the value and attribute reads of one call, on kept documents */
+    WalkPlan stWalk;        /* XML answers: the least walk through pugixml to what the call reads */
     Json::Value stPrebuilt; /* builders: the value the raw benchmark copies and renders */
 };
 
@@ -247,6 +254,11 @@ std::unique_ptr<PreparedCase> Prepare(AnswerCase stCase)
     pPrepared->stCounts = StopCounting();
     RecordFloor(*pPrepared);
     RecordReads(*pPrepared);
+    std::string strWhy;
+    if (pPrepared->stCase.eRaw == RawParser::Xml &&
+        !PlanWalk(pPrepared->stCase.strBody, pPrepared->stReads, pPrepared->stWalk, strWhy)) {
+        Die(pPrepared->stCase.strName + ": no walk: " + strWhy);
+    }
     return pPrepared;
 }
 
@@ -447,6 +459,23 @@ void BenchReads(benchmark::State &state, PreparedCase *pstPrepared)
     state.counters["reads"] = benchmark::Counter(static_cast<double>(pstPrepared->stReads.vecReads.size()));
 }
 
+void BenchWalk(benchmark::State &state, PreparedCase *pstPrepared)
+{
+    const std::unique_ptr<pugi::xml_document> pDoc = ParseForWalk(pstPrepared->stCase.strBody);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(WalkPassed(*pDoc, pstPrepared->stWalk));
+    }
+    state.counters["passed"] = benchmark::Counter(static_cast<double>(pstPrepared->stWalk.uiPassed));
+}
+
+void BenchCopies(benchmark::State &state, PreparedCase *pstPrepared)
+{
+    for (auto _ : state) {
+        ReplayCopies(pstPrepared->stReads);
+    }
+    state.counters["copies"] = benchmark::Counter(static_cast<double>(pstPrepared->stReads.vecCopies.size()));
+}
+
 void BenchXPath(benchmark::State &state, PreparedCase *pstPrepared, std::string strHost)
 {
     auto pUser = std::make_unique<UserRecord>();
@@ -479,13 +508,19 @@ struct Registry {
     std::vector<std::unique_ptr<ParsedSites>> vecSites;
 };
 
-void RegisterTriple(PreparedCase *pstPrepared)
+void RegisterTimings(PreparedCase *pstPrepared)
 {
     const std::string &strName = pstPrepared->stCase.strName;
     benchmark::RegisterBenchmark((strName + "/raw").c_str(), BenchRaw, pstPrepared);
     benchmark::RegisterBenchmark((strName + "/floor").c_str(), BenchFloor, pstPrepared);
     if (!pstPrepared->stReads.vecReads.empty()) {
         benchmark::RegisterBenchmark((strName + "/reads").c_str(), BenchReads, pstPrepared);
+    }
+    if (!pstPrepared->stWalk.vecSteps.empty()) {
+        benchmark::RegisterBenchmark((strName + "/walk").c_str(), BenchWalk, pstPrepared);
+    }
+    if (!pstPrepared->stReads.vecCopies.empty()) {
+        benchmark::RegisterBenchmark((strName + "/copies").c_str(), BenchCopies, pstPrepared);
     }
     benchmark::RegisterBenchmark((strName + "/module").c_str(), BenchModule, pstPrepared);
 }
@@ -498,7 +533,7 @@ void RegisterAll(Registry &stRegistry, TableReporter &oTable)
         const AnswerCase &stPrepared = pstPrepared->stCase;
         oTable.AddCase(stPrepared.strName, stPrepared.strBody.size(), pstPrepared->stCounts,
                        FloorBytesOf(*pstPrepared));
-        RegisterTriple(pstPrepared);
+        RegisterTimings(pstPrepared);
         if (!stPrepared.strXPathHost.empty()) {
             CheckXPathAlternative(stPrepared.strName, stPrepared.strBody, stPrepared.strXPathHost);
             benchmark::RegisterBenchmark((stPrepared.strName + "/libxml2_xpath").c_str(), BenchXPath, pstPrepared,
@@ -515,7 +550,7 @@ void RegisterAll(Registry &stRegistry, TableReporter &oTable)
     for (GrowthCase &stGrowth : GrowthCases()) {
         oTable.AddGrowth(stGrowth.stCase.strName, stGrowth.uiSites, stGrowth.uiGroups);
         stRegistry.vecCases.push_back(Prepare(std::move(stGrowth.stCase)));
-        RegisterTriple(stRegistry.vecCases.back().get());
+        RegisterTimings(stRegistry.vecCases.back().get());
     }
 }
 

@@ -1,14 +1,16 @@
 /*
- * required_reads.cpp - the recording probe and the replay of required_reads.h.
+ * required_reads.cpp - the recording probe and the replays of required_reads.h.
  *
- * The executable is linked with --wrap for KTL_XML_GetNodeValue, KTL_XML_GetAttr and
- * KTL_XML_FreeNode, so the module's calls land here. While this thread records, reads are
- * noted and releases are deferred to the end of the recording's life.
+ * The executable is linked with --wrap for KTL_XML_GetNodeValue, KTL_XML_GetAttr,
+ * KTL_XML_FreeNode and qev_strcpy_s, so the module's calls land here. While this thread
+ * records, reads and the texts they return are noted, copies of those texts are noted, and
+ * releases are deferred to the end of the recording's life.
  */
 #include "required_reads.h"
 
 #include <benchmark/benchmark.h>
 
+#include <unordered_set>
 #include <utility>
 
 extern "C" {
@@ -16,38 +18,62 @@ uint32_t __real_KTL_XML_GetNodeValue(_NODE *pstNode, uint32_t *puiUnused, uint32
                                      char **ppcValue);
 uint32_t __real_KTL_XML_GetAttr(_NODE *pstNode, uint32_t uiZero, const char *pcName, char **ppcValue);
 void __real_KTL_XML_FreeNode(_NODE *pstRoot);
+int __real_qev_strcpy_s(char *pcDest, uint32_t uiDestSize, const char *pcSrc);
 }
 
 namespace {
 
-thread_local bench::RequiredReads *t_pstRecording = nullptr;
+struct Recording {
+    bench::RequiredReads stReads;
+    std::unordered_set<const char *> setReadTexts; /* what the noted reads returned */
+};
+
+thread_local Recording *t_pstRecording = nullptr;
+
+void NoteRead(_NODE *pstNode, const char *pcAttr, const char *pcText)
+{
+    t_pstRecording->stReads.vecReads.push_back(bench::RequiredRead{pstNode, pcAttr == nullptr ? "" : pcAttr});
+    if (pcText != nullptr) {
+        t_pstRecording->setReadTexts.insert(pcText);
+    }
+}
 
 } // namespace
 
 extern "C" uint32_t __wrap_KTL_XML_GetNodeValue(_NODE *pstNode, uint32_t *puiUnused, uint32_t uiZero, char **ppcName,
                                                 char **ppcValue)
 {
+    const uint32_t uiRet = __real_KTL_XML_GetNodeValue(pstNode, puiUnused, uiZero, ppcName, ppcValue);
     if (t_pstRecording != nullptr) {
-        t_pstRecording->vecReads.push_back(bench::RequiredRead{pstNode, std::string()});
+        NoteRead(pstNode, nullptr, (uiRet == 0 && ppcValue != nullptr) ? *ppcValue : nullptr);
     }
-    return __real_KTL_XML_GetNodeValue(pstNode, puiUnused, uiZero, ppcName, ppcValue);
+    return uiRet;
 }
 
 extern "C" uint32_t __wrap_KTL_XML_GetAttr(_NODE *pstNode, uint32_t uiZero, const char *pcName, char **ppcValue)
 {
+    const uint32_t uiRet = __real_KTL_XML_GetAttr(pstNode, uiZero, pcName, ppcValue);
     if (t_pstRecording != nullptr && pcName != nullptr) {
-        t_pstRecording->vecReads.push_back(bench::RequiredRead{pstNode, std::string(pcName)});
+        NoteRead(pstNode, pcName, (uiRet == 0 && ppcValue != nullptr) ? *ppcValue : nullptr);
     }
-    return __real_KTL_XML_GetAttr(pstNode, uiZero, pcName, ppcValue);
+    return uiRet;
 }
 
 extern "C" void __wrap_KTL_XML_FreeNode(_NODE *pstRoot)
 {
     if (t_pstRecording != nullptr && pstRoot != nullptr) {
-        t_pstRecording->vecDocuments.push_back(pstRoot);
+        t_pstRecording->stReads.vecDocuments.push_back(pstRoot);
         return;
     }
     __real_KTL_XML_FreeNode(pstRoot);
+}
+
+extern "C" int __wrap_qev_strcpy_s(char *pcDest, uint32_t uiDestSize, const char *pcSrc)
+{
+    if (t_pstRecording != nullptr && pcSrc != nullptr && t_pstRecording->setReadTexts.count(pcSrc) != 0) {
+        t_pstRecording->stReads.vecCopies.push_back(bench::RequiredCopy{uiDestSize, pcSrc});
+    }
+    return __real_qev_strcpy_s(pcDest, uiDestSize, pcSrc);
 }
 
 namespace bench {
@@ -61,14 +87,19 @@ RequiredReads::~RequiredReads()
 
 void StartRecordingReads()
 {
-    t_pstRecording = new RequiredReads();
+    t_pstRecording = new Recording();
 }
 
 RequiredReads StopRecordingReads()
 {
-    RequiredReads stReads = std::move(*t_pstRecording);
+    RequiredReads stReads = std::move(t_pstRecording->stReads);
     delete t_pstRecording;
     t_pstRecording = nullptr;
+    size_t uiArena = 0;
+    for (const RequiredCopy &stCopy : stReads.vecCopies) {
+        uiArena += stCopy.uiDestSize;
+    }
+    stReads.vecCopyArena.assign(uiArena, 0);
     return stReads;
 }
 
@@ -83,6 +114,16 @@ void ReplayReads(const RequiredReads &stReads)
         }
         benchmark::DoNotOptimize(pcValue);
     }
+}
+
+void ReplayCopies(RequiredReads &stReads)
+{
+    char *pcAt = stReads.vecCopyArena.data();
+    for (const RequiredCopy &stCopy : stReads.vecCopies) {
+        (void)__real_qev_strcpy_s(pcAt, stCopy.uiDestSize, stCopy.pcSource);
+        pcAt += stCopy.uiDestSize;
+    }
+    benchmark::ClobberMemory();
 }
 
 } // namespace bench

@@ -1,5 +1,6 @@
 /*
- * required_reads.h - the XML library reads an answer cannot do without, replayed alone.
+ * required_reads.h - the XML library reads an answer cannot do without, and the copies of
+ * what they read into the record, replayed alone.
  *
  * Every key a parser reads goes through the per-key step: a dotted-path lookup, then a
  * value read of the element found (KTL_XML_GetNodeValue); the site records read an
@@ -8,6 +9,11 @@
  * documents alive instead of releasing them; ReplayReads then makes the same reads again,
  * on the same nodes, with no lookup at all. The floor plus that replay is a lower bound for
  * any reader of the answer that keeps the per-key step, however fast its lookups are.
+ *
+ * The probe also notes every bounded copy (qev_strcpy_s) whose source is a text one of
+ * those reads returned: a value or attribute written into its field, which any reader of
+ * the answer must write too. ReplayCopies makes them again from the same texts, each into
+ * its own place of an arena the size of the fields.
  * Outside the probe the wrappers only test a thread-local flag and forward.
  */
 #ifndef ATRIUM_BENCH_REQUIRED_READS_H
@@ -15,6 +21,7 @@
 
 #include "atrium_xml.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -25,8 +32,15 @@ struct RequiredRead {
     std::string strAttr; /* empty: a value read */
 };
 
+struct RequiredCopy {
+    uint32_t uiDestSize;  /* the field's capacity, as the call gave it */
+    const char *pcSource; /* a text a recorded read returned, in a kept document */
+};
+
 struct RequiredReads {
     std::vector<RequiredRead> vecReads;
+    std::vector<RequiredCopy> vecCopies;
+    std::vector<char> vecCopyArena;    /* one place per copy, each of its field's capacity */
     std::vector<_NODE *> vecDocuments; /* roots the recorded call would have released */
 
     RequiredReads() = default;
@@ -37,6 +51,8 @@ struct RequiredReads {
     RequiredReads &operator=(RequiredReads &&stOther) noexcept
     {
         vecReads.swap(stOther.vecReads);
+        vecCopies.swap(stOther.vecCopies);
+        vecCopyArena.swap(stOther.vecCopyArena);
         vecDocuments.swap(stOther.vecDocuments);
         return *this;
     }
@@ -48,6 +64,9 @@ RequiredReads StopRecordingReads();
 
 /* The recorded reads, in their order, through the XML library. */
 void ReplayReads(const RequiredReads &stReads);
+
+/* The recorded copies, in their order, through the bounded routine, into the arena. */
+void ReplayCopies(RequiredReads &stReads);
 
 } // namespace bench
 
