@@ -470,8 +470,9 @@ void BenchWalk(benchmark::State &state, PreparedCase *pstPrepared)
 
 void BenchCopies(benchmark::State &state, PreparedCase *pstPrepared)
 {
+    std::vector<char> vecArena(CopyArenaSize(pstPrepared->stReads));
     for (auto _ : state) {
-        ReplayCopies(pstPrepared->stReads);
+        ReplayCopies(pstPrepared->stReads, vecArena.data());
     }
     state.counters["copies"] = benchmark::Counter(static_cast<double>(pstPrepared->stReads.vecCopies.size()));
 }

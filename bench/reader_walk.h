@@ -44,9 +44,8 @@ struct WalkPlan {
 bool PlanWalk(const std::string &strBody, const RequiredReads &stReads, WalkPlan &stPlan, std::string &strWhy);
 
 /* The body parsed by pugixml as the XML library parses it; null when it does not parse.
- * (The benchmark parses it just before walking and drops it after: documents kept for the
- * whole run would change where glibc's allocator settles its thresholds for the module's
- * own calls.) */
+ * (The benchmark parses it just before walking and drops it after, so that the process
+ * holds no more memory between runs than it did without the walk.) */
 std::unique_ptr<pugi::xml_document> ParseForWalk(const std::string &strBody);
 
 /* Visits the planned elements of the body's document; returns how many it visited. */

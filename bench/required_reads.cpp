@@ -95,12 +95,16 @@ RequiredReads StopRecordingReads()
     RequiredReads stReads = std::move(t_pstRecording->stReads);
     delete t_pstRecording;
     t_pstRecording = nullptr;
+    return stReads;
+}
+
+size_t CopyArenaSize(const RequiredReads &stReads)
+{
     size_t uiArena = 0;
     for (const RequiredCopy &stCopy : stReads.vecCopies) {
         uiArena += stCopy.uiDestSize;
     }
-    stReads.vecCopyArena.assign(uiArena, 0);
-    return stReads;
+    return uiArena;
 }
 
 void ReplayReads(const RequiredReads &stReads)
@@ -116,9 +120,9 @@ void ReplayReads(const RequiredReads &stReads)
     }
 }
 
-void ReplayCopies(RequiredReads &stReads)
+void ReplayCopies(const RequiredReads &stReads, char *pcArena)
 {
-    char *pcAt = stReads.vecCopyArena.data();
+    char *pcAt = pcArena;
     for (const RequiredCopy &stCopy : stReads.vecCopies) {
         (void)__real_qev_strcpy_s(pcAt, stCopy.uiDestSize, stCopy.pcSource);
         pcAt += stCopy.uiDestSize;

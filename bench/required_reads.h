@@ -13,7 +13,8 @@
  * The probe also notes every bounded copy (qev_strcpy_s) whose source is a text one of
  * those reads returned: a value or attribute written into its field, which any reader of
  * the answer must write too. ReplayCopies makes them again from the same texts, each into
- * its own place of an arena the size of the fields.
+ * its own place of an arena the size of the fields, which the caller makes just before and
+ * drops after.
  * Outside the probe the wrappers only test a thread-local flag and forward.
  */
 #ifndef ATRIUM_BENCH_REQUIRED_READS_H
@@ -21,6 +22,7 @@
 
 #include "atrium_xml.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -40,7 +42,6 @@ struct RequiredCopy {
 struct RequiredReads {
     std::vector<RequiredRead> vecReads;
     std::vector<RequiredCopy> vecCopies;
-    std::vector<char> vecCopyArena;    /* one place per copy, each of its field's capacity */
     std::vector<_NODE *> vecDocuments; /* roots the recorded call would have released */
 
     RequiredReads() = default;
@@ -52,7 +53,6 @@ struct RequiredReads {
     {
         vecReads.swap(stOther.vecReads);
         vecCopies.swap(stOther.vecCopies);
-        vecCopyArena.swap(stOther.vecCopyArena);
         vecDocuments.swap(stOther.vecDocuments);
         return *this;
     }
@@ -65,8 +65,12 @@ RequiredReads StopRecordingReads();
 /* The recorded reads, in their order, through the XML library. */
 void ReplayReads(const RequiredReads &stReads);
 
-/* The recorded copies, in their order, through the bounded routine, into the arena. */
-void ReplayCopies(RequiredReads &stReads);
+/* Bytes of the arena ReplayCopies writes: the sum of the fields' capacities. */
+size_t CopyArenaSize(const RequiredReads &stReads);
+
+/* The recorded copies, in their order, through the bounded routine, into pcArena (of
+ * CopyArenaSize bytes). */
+void ReplayCopies(const RequiredReads &stReads, char *pcArena);
 
 } // namespace bench
 
