@@ -473,6 +473,16 @@ const _NODE *FollowComponent(const _NODE &stCurrent, bool bFirst, const Componen
     return FindChild(stCurrent, stComp);
 }
 
+/* What a lookup that ended at pstFound (null: a component did not match) hands back. */
+uint32_t Answer(const _NODE *pstFound, _NODE **ppstNode)
+{
+    if (pstFound == nullptr) {
+        return KTL_XML_ERR_NOT_FOUND;
+    }
+    *ppstNode = const_cast<_NODE *>(pstFound);
+    return 0;
+}
+
 } // namespace
 
 extern "C" uint32_t KTL_XML_Parse(const char *pcText, _NODE **ppstRoot)
@@ -561,11 +571,7 @@ extern "C" uint32_t KTL_XML_GetNodeByUrl(_NODE *pstStart, const char *pcPath, _N
         }
         pcComp = pcEnd + 1;
     }
-    if (pstCurrent == nullptr) {
-        return KTL_XML_ERR_NOT_FOUND;
-    }
-    *ppstNode = const_cast<_NODE *>(pstCurrent);
-    return 0;
+    return Answer(pstCurrent, ppstNode);
 }
 
 extern "C" uint32_t KTL_XML_GetNodeByPath(_NODE *pstStart, const KTL_XML_PATH *pstPath, _NODE **ppstNode)
@@ -587,11 +593,7 @@ extern "C" uint32_t KTL_XML_GetNodeByPath(_NODE *pstStart, const KTL_XML_PATH *p
         pstCurrent =
             FollowComponent(*pstCurrent, i == 0, Component{pstPath->pcText + stStep.usAt, stStep.usLen, stStep.uiHash});
     }
-    if (pstCurrent == nullptr) {
-        return KTL_XML_ERR_NOT_FOUND;
-    }
-    *ppstNode = const_cast<_NODE *>(pstCurrent);
-    return 0;
+    return Answer(pstCurrent, ppstNode);
 }
 
 extern "C" uint32_t KTL_XML_GetNodeValue(_NODE *pstNode, uint32_t *puiUnused, uint32_t uiZero,

@@ -139,6 +139,19 @@ inline uint32_t AtriumReadValueKeys(_NODE *pstStart, const AtriumValueKey (&astK
     return AtriumReadValueKeys(pstStart, astKeys, N, pvRecord, stSite);
 }
 
+/*
+ * A site the portal's and the conference server's search answers offer (a "servicetp"
+ * child): its "priority" attribute (0 when absent or not a number) and the "uri" of its
+ * sso_hostname ("" when absent or too long). The sso_hostname is found with the per-key
+ * step, so a child that is not a "site" costs its miss trace, on stSite's line.
+ */
+struct AtriumSearchSite {
+    uint32_t uiPriority;
+    char acUri[256];
+};
+
+AtriumSearchSite AtriumReadSearchSite(_NODE *pstChild, const AtriumCallSite &stSite);
+
 /* The module's allocations, with this source position for the memory ledger. */
 #define ATRIUM_MALLOC_S(uiSize) KOSA_MemMallocS((uiSize), 0, static_cast<uint32_t>(__LINE__), __FILE__)
 #define ATRIUM_MALLOC_D(uiSize) KOSA_MemMallocD((uiSize), static_cast<uint32_t>(__LINE__), __FILE__)

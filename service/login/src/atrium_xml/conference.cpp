@@ -464,34 +464,6 @@ uint32_t XmlParseTandemRandomResult(const char *pcXmlBody, tagXML_S_TANDEM_RANDO
 
 /* ---- conference search ------------------------------------------------------------- */
 
-namespace {
-
-const uint32_t TANDEM_SSO_HOST_LEN = 256;
-
-/*
- * Reads one "servicetp" child: its "priority" attribute (0 when absent or not a number)
- * and the "uri" of its sso_hostname ("" when absent or too long). Only a child named
- * "site" can have the latter; others cost the per-key miss traces.
- */
-uint32_t TandemReadSearchSite(_NODE *pstChild, char (&acUri)[TANDEM_SSO_HOST_LEN], const AtriumCallSite &stSite)
-{
-    _NODE *pstSso = nullptr;
-    char *pcValue = nullptr;
-    uint32_t uiPriority = 0;
-
-    if (KTL_XML_GetAttr(pstChild, 0, "priority", &pcValue) == 0 && pcValue != nullptr) {
-        uiPriority = KOSA_Strtoul(pcValue, nullptr, 0);
-    }
-    (void)AtriumGetNodeValueByUri(pstChild, ATRIUM_PATH("site.sso_hostname"), &pstSso, &pcValue, stSite);
-    pcValue = nullptr;
-    if (pstSso != nullptr && KTL_XML_GetAttr(pstSso, 0, "uri", &pcValue) == 0 && pcValue != nullptr) {
-        (void)qev_strcpy_s(acUri, sizeof(acUri), pcValue);
-    }
-    return uiPriority;
-}
-
-} // namespace
-
 uint32_t XmlParseTandemSearchResult(const char *pcXmlBody, tagXML_S_TANDEM_SEARCH_RESULT *pstSearchResult)
 {
     _NODE *pstRoot = nullptr;
@@ -511,15 +483,14 @@ uint32_t XmlParseTandemSearchResult(const char *pcXmlBody, tagXML_S_TANDEM_SEARC
     for (_NODE *pstChild = KTL_XML_GetNodeFirstChild(pstServiceTp);
          pstChild != nullptr && pstSearchResult->uiSiteNum < uiMaxSites;
          pstChild = KTL_XML_GetNodeNextSibling(pstChild)) {
-        char acUri[TANDEM_SSO_HOST_LEN] = {0};
-        const uint32_t uiPriority = TandemReadSearchSite(pstChild, acUri, ATRIUM_HERE);
-        if (uiPriority == 0 || acUri[0] == '\0') {
+        const AtriumSearchSite stFound = AtriumReadSearchSite(pstChild, ATRIUM_HERE);
+        if (stFound.uiPriority == 0 || stFound.acUri[0] == '\0') {
             continue;
         }
         const uint32_t uiIndex = pstSearchResult->uiSiteNum;
-        pstSearchResult->auiPriority[uiIndex] = uiPriority;
+        pstSearchResult->auiPriority[uiIndex] = stFound.uiPriority;
         (void)qev_strcpy_s(pstSearchResult->acSsoHostName[uiIndex], sizeof(pstSearchResult->acSsoHostName[uiIndex]),
-                           acUri);
+                           stFound.acUri);
         pstSearchResult->uiSiteNum = uiIndex + 1;
     }
     KTL_XML_FreeNode(pstRoot);

@@ -1,6 +1,6 @@
 /*
  * frame.cpp - the shared steps of the parse frame: opening an answer, the per-key step and
- * the key-table reader.
+ * the key-table reader, and the search answers' site reader both servers' parsers share.
  *
  * Every XML parser opens its answer through AtriumOpenAnswer (argument check and parse, with
  * the parser's own messages) and reads its keys through AtriumGetNodeValueByUri: one
@@ -59,6 +59,20 @@ _NODE *AtriumFindElement(_NODE *pstStart, const AtriumPath &stPath, const Atrium
     char *pcValue = nullptr;
     (void)AtriumGetNodeValueByUri(pstStart, stPath, &pstNode, &pcValue, stSite);
     return pstNode;
+}
+
+AtriumSearchSite AtriumReadSearchSite(_NODE *pstChild, const AtriumCallSite &stSite)
+{
+    AtriumSearchSite stFound = {0, {}};
+    char *pcValue = nullptr;
+    if (KTL_XML_GetAttr(pstChild, 0, "priority", &pcValue) == 0) {
+        stFound.uiPriority = KOSA_Strtoul(pcValue, nullptr, 0);
+    }
+    _NODE *pstSsoHost = AtriumFindElement(pstChild, ATRIUM_PATH("site.sso_hostname"), stSite);
+    if (pstSsoHost != nullptr && KTL_XML_GetAttr(pstSsoHost, 0, "uri", &pcValue) == 0) {
+        (void)qev_strcpy_s(stFound.acUri, sizeof(stFound.acUri), pcValue);
+    }
+    return stFound;
 }
 
 static void AtriumStoreValue(const AtriumValueKey &stKey, char *pcField, const char *pcValue)

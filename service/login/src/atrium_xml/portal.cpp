@@ -655,32 +655,8 @@ uint32_t XmlParseAtriumGetServerListRst(const char *pcXmlBody, tagLOGIN_S_ATRIUM
 
 namespace {
 
-const uint32_t SEARCH_URI_CAPACITY = 256;
-
-/* A site the search answer offers: its priority (0 when absent) and its portal uri ("" when
- * absent or too long). */
-struct SearchSite {
-    uint32_t uiPriority;
-    char acUri[SEARCH_URI_CAPACITY];
-};
-
-SearchSite ReadSearchSite(_NODE *pstChild, const AtriumCallSite &stSite)
-{
-    SearchSite stFound = {0, {}};
-    const char *pcPriority = AttrOrNull(pstChild, "priority");
-    if (pcPriority != nullptr) {
-        stFound.uiPriority = KOSA_Strtoul(pcPriority, nullptr, 0);
-    }
-    _NODE *pstSsoHost = AtriumFindElement(pstChild, ATRIUM_PATH("site.sso_hostname"), stSite);
-    const char *pcUri = (pstSsoHost != nullptr) ? AttrOrNull(pstSsoHost, "uri") : nullptr;
-    if (pcUri != nullptr) {
-        (void)qev_strcpy_s(stFound.acUri, sizeof(stFound.acUri), pcUri);
-    }
-    return stFound;
-}
-
 /* "default" (exactly) names no portal. */
-bool IsUsableSearchSite(const SearchSite &stFound)
+bool IsUsableSearchSite(const AtriumSearchSite &stFound)
 {
     return stFound.uiPriority != 0 && stFound.acUri[0] != '\0' && KOSA_StrCmp(stFound.acUri, "default") != 0;
 }
@@ -703,7 +679,7 @@ uint32_t XmlParseAtriumSearchResult(const char *pcXmlBody, tagLOGIN_S_ATRIUM_SEA
         for (_NODE *pstChild = KTL_XML_GetNodeFirstChild(pstServiceTp);
              pstChild != nullptr && pstResult->uiSiteNum < LOGIN_SEARCH_SITE_MAX;
              pstChild = KTL_XML_GetNodeNextSibling(pstChild)) {
-            const SearchSite stFound = ReadSearchSite(pstChild, ATRIUM_HERE);
+            const AtriumSearchSite stFound = AtriumReadSearchSite(pstChild, ATRIUM_HERE);
             if (IsUsableSearchSite(stFound)) {
                 const uint32_t uiEntry = pstResult->uiSiteNum;
                 pstResult->auiPriority[uiEntry] = stFound.uiPriority;
