@@ -6,7 +6,7 @@ set(ATRIUM_XML_INSTALL_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/atrium_xml")
 set(ATRIUM_XML_CMAKEDIR "${CMAKE_INSTALL_LIBDIR}/cmake/atrium_xml")
 
 install(TARGETS atrium_xml login_service_default login_service_api
-                ktl_xml kosa qev_bounded ktl_base64 qev_random
+                ktl_xml kosa qev_bounded ktl_base64 qev_random atrium_test_control
         EXPORT atrium_xml_targets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
@@ -23,6 +23,7 @@ install(FILES
           ${PROJECT_SOURCE_DIR}/platform/bounded/qev_bounded.h
           ${PROJECT_SOURCE_DIR}/platform/base64/ktl_base64.h
           ${PROJECT_SOURCE_DIR}/platform/random/qev_random.h
+          ${PROJECT_SOURCE_DIR}/platform/test_control/atrium_test_control.h
         DESTINATION ${ATRIUM_XML_INSTALL_INCLUDEDIR})
 
 install(EXPORT atrium_xml_targets

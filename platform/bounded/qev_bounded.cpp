@@ -7,6 +7,7 @@
  * "needed" size) is computed only there.
  */
 #include "qev_bounded.h"
+#include "atrium_test_control.h"
 
 #include <cerrno>
 #include <climits>

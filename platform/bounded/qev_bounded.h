@@ -6,7 +6,8 @@
  * and a non-zero QEV_E* code otherwise. On failure a string routine leaves an empty string
  * in the destination (when the destination is usable at all), so a caller never sees a
  * truncated or partial value. Failures are also reported to the calling thread's
- * diagnostic hook when one is set (off by default; nothing is spent while it is off).
+ * diagnostic hook when one is set (off by default; nothing is spent while it is off;
+ * qev_SetDiagHook in atrium_test_control.h).
  */
 #ifndef QEV_BOUNDED_H
 #define QEV_BOUNDED_H
@@ -80,15 +81,6 @@ int qev_sprintf_s(char *pcDest, uint32_t uiDestSize, const char *pcFormat, ...)
  * before the first conversion or the format is invalid or unsupported.
  */
 int qev_sscanf_s(const char *pcSrc, const char *pcFormat, ...);
-
-/*
- * Diagnostic hook: called on the calling thread for every failed routine, with the
- * routine's name, the capacity given and the size that was needed (0 when unknown).
- * One pointer per thread; null (the default) turns it off.
- */
-typedef void (*QEV_DIAG_HOOK)(void *pvCtx, const char *pcRoutine, uint32_t uiDestSize,
-                              uint32_t uiNeeded);
-void qev_SetDiagHook(QEV_DIAG_HOOK pfnHook, void *pvCtx);
 
 #ifdef __cplusplus
 }

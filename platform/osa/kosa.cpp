@@ -13,6 +13,7 @@
  *    retry"); a caller that needs the whole buffer written loops itself.
  */
 #include "kosa.h"
+#include "atrium_test_control.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>

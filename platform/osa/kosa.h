@@ -7,8 +7,8 @@
  * KOSA_MemForEachLive can name a leak. Only the module's own allocations go through
  * these routines; the XML document library and base64 allocate elsewhere.
  *
- * Failure injection (tests): KOSA_MemFailAfter(n) arms the calling thread so that n more
- * allocations succeed and the next one returns null, after which the thread is disarmed.
+ * Its test hooks (live count, failure injection, the walk over live blocks) are declared
+ * in atrium_test_control.h.
  *
  * All routines are safe to call from any thread.
  */
@@ -35,23 +35,6 @@ void KOSA_MemFreeD(void *pvMem, uint32_t uiLine, const char *pcFile);
 
 /* Frees *ppvMem (when ppvMem and *ppvMem are not null) and sets *ppvMem to null. */
 void KOSA_MemFreeSetNullD(void **ppvMem, uint32_t uiLine, const char *pcFile);
-
-/* Test hook: blocks from KOSA_MemMallocS/D not yet freed, process-wide. */
-uint32_t KOSA_MemLiveBlocks(void);
-
-#define KOSA_MEM_FAIL_NEVER 0xFFFFFFFFu
-
-/* Test hook, this thread only: uiSucceed more allocations succeed, the next returns null,
- * then the thread is back to normal. KOSA_MEM_FAIL_NEVER disarms. */
-void KOSA_MemFailAfter(uint32_t uiSucceed);
-
-/* Debug builds: visits every live block with its size and the file and line that
- * allocated it, and returns the number visited. Release builds keep no list of blocks (the
- * allocation path takes no lock there): nothing is visited and the result is 0.
- * The callback must not allocate or free through this ledger. */
-typedef void (*KOSA_MEM_VISIT_FN)(void *pvCtx, const void *pvBlock, uint32_t uiSize,
-                                  const char *pcFile, uint32_t uiLine);
-uint32_t KOSA_MemForEachLive(KOSA_MEM_VISIT_FN pfnVisit, void *pvCtx);
 
 /* ---- text -------------------------------------------------------------------------- */
 

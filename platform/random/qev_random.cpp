@@ -10,6 +10,7 @@
  * own.
  */
 #include "qev_random.h"
+#include "atrium_test_control.h"
 
 #include <pthread.h>
 #include <sodium.h>

@@ -1,6 +1,6 @@
 /*
- * qev_random.h - cryptographically strong random bytes (libsodium's generator), with a
- * per-thread test hook that makes draws deterministic.
+ * qev_random.h - cryptographically strong random bytes (libsodium's generator). A
+ * per-thread test hook that makes draws deterministic is declared in atrium_test_control.h.
  */
 #ifndef QEV_RANDOM_H
 #define QEV_RANDOM_H
@@ -16,13 +16,6 @@ extern "C" {
  * generator's bytes (each byte handed out once; a forked child discards the pool it
  * inherited), so a run of small draws costs one system call, not one each. */
 uint32_t QEV_CPYPT_RealRandom(void *pvBuf, uint32_t uiLen);
-
-/*
- * Test hook, this thread only: while pfnNext is set, QEV_CPYPT_RealRandom fills its buffer
- * with successive values of pfnNext(pvCtx), 4 bytes each in native byte order (a final
- * partial chunk takes the first bytes of one more value). Null restores the real source.
- */
-void QEV_CPYPT_SetRandomHook(uint32_t (*pfnNext)(void *pvCtx), void *pvCtx);
 
 #ifdef __cplusplus
 }

@@ -26,6 +26,8 @@
  * than any stack.
  */
 #include "ktl_xml.h"
+#include "ktl_xml_path.h"
+#include "atrium_test_control.h"
 #include "ktl_xml_options.h"
 
 #include <pugixml.hpp>

@@ -20,6 +20,7 @@
 #include <utility>
 #include <vector>
 
+#include "atrium_test_control.h"
 #include "atrium_xml.h"
 #include "login_service_default.h"
 

@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "login_service_default.h"
+#include "atrium_test_control.h"
 #include "qev_bounded.h"
 
 namespace atrium_tool {

@@ -22,32 +22,27 @@ struct FrameRecord {
     uint32_t uiDefaulted;
 };
 
-const AtriumValueKey g_astKeys[] = {
-    {"r.text", ATRIUM_FIELD(FrameRecord, acText), AtriumConv::Text, false, "Not Find the text", 1, nullptr,
-     false, 0},
-    {"r.number", ATRIUM_FIELD(FrameRecord, uiNumber), AtriumConv::Strtoul, false, nullptr, 0, "got number",
-     false, 0},
-    {"r.signed", ATRIUM_FIELD(FrameRecord, iSigned), AtriumConv::StrToInt32, false, nullptr, 0, nullptr, true,
-     static_cast<uint32_t>(-1)},
-    {"r.yes", ATRIUM_FIELD(FrameRecord, bYes), AtriumConv::YesFlag, false, nullptr, 0, nullptr, false, 0},
-    {"r.zero", ATRIUM_FIELD(FrameRecord, bZero), AtriumConv::ZeroFlag, false, nullptr, 0, nullptr, true, 0},
-    {"r.present", ATRIUM_FIELD(FrameRecord, bPresent), AtriumConv::PresentFlag, false, "Not Find present", 3,
-     nullptr, true, 0},
-    {"r.must", ATRIUM_FIELD(FrameRecord, uiDefaulted), AtriumConv::Strtoul, true, "Not Find the must", 0,
-     nullptr, false, 0},
-    {"r.after", ATRIUM_FIELD(FrameRecord, uiDefaulted), AtriumConv::Strtoul, false, nullptr, 0, nullptr, true,
-     77},
+constexpr AtriumKey g_astKeys[] = {
+    ValueText("r.text", ATRIUM_FIELD(FrameRecord, acText)).TracedMiss("Not Find the text", 1),
+    ValueNumber("r.number", ATRIUM_FIELD(FrameRecord, uiNumber)).SayWhenPresent("got number"),
+    ValueNumber("r.signed", ATRIUM_FIELD(FrameRecord, iSigned), AtriumStore::StrToInt32)
+        .DefaultOnMiss(static_cast<uint32_t>(-1)),
+    ValueNumber("r.yes", ATRIUM_FIELD(FrameRecord, bYes), AtriumStore::YesFlag),
+    ValueNumber("r.zero", ATRIUM_FIELD(FrameRecord, bZero), AtriumStore::ZeroFlag).DefaultOnMiss(0),
+    ValueNumber("r.present", ATRIUM_FIELD(FrameRecord, bPresent), AtriumStore::PresentFlag)
+        .TracedMiss("Not Find present", 3)
+        .DefaultOnMiss(0),
+    ValueNumber("r.must", ATRIUM_FIELD(FrameRecord, uiDefaulted)).Required("Not Find the must", 0),
+    ValueNumber("r.after", ATRIUM_FIELD(FrameRecord, uiDefaulted)).DefaultOnMiss(77),
 };
 
 class FrameTest : public ModuleTest {
 protected:
     uint32_t Read(const std::string &strBody, FrameRecord *pstRecord)
     {
-        _NODE *pstRoot = nullptr;
-        EXPECT_EQ(KTL_XML_Parse(strBody.c_str(), &pstRoot), 0u);
-        uint32_t uiRet = AtriumReadValueKeys(pstRoot, g_astKeys, pstRecord, ATRIUM_HERE);
-        KTL_XML_FreeNode(pstRoot);
-        return uiRet;
+        AtriumDocument stDocument;
+        EXPECT_EQ(KTL_XML_Parse(strBody.c_str(), stDocument.RootSlot()), 0u);
+        return AtriumReadXmlKeys(stDocument.Root(), g_astKeys, pstRecord, ATRIUM_HERE);
     }
 };
 

@@ -1,6 +1,7 @@
 // KOSA memory ledger: live-block counting, zero fill, size 0, failure injection,
 // KOSA_MemFreeSetNullD and KOSA_MemForEachLive.
 #include "kosa.h"
+#include "atrium_test_control.h"
 
 #include <gtest/gtest.h>
 

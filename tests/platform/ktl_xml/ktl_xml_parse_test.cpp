@@ -6,6 +6,7 @@
  * decoded, everything else left literal, nothing from a DTD expanded or loaded), about
  * failures (codes above 255, no document left behind) and about the live-document count.
  */
+#include "atrium_test_control.h"
 #include "ktl_xml.h"
 #include "ktl_xml_options.h"
 #include "ktl_xml_test.h"

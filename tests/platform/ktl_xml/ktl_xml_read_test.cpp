@@ -7,7 +7,9 @@
  * prefixed name, first of several, no backtracking, first component is the start node),
  * which character data counts as an element's value, and how attributes are found.
  */
+#include "atrium_test_control.h"
 #include "ktl_xml.h"
+#include "ktl_xml_path.h"
 #include "ktl_xml_test.h"
 #include "reference_lookup.h"
 

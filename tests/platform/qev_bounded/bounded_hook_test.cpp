@@ -1,5 +1,6 @@
 // The per-thread diagnostic hook of the bounded routines.
 #include "qev_bounded.h"
+#include "atrium_test_control.h"
 
 #include <gtest/gtest.h>
 

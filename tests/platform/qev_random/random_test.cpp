@@ -1,4 +1,5 @@
 // QEV_CPYPT_RealRandom and its per-thread hook.
+#include "atrium_test_control.h"
 #include "qev_random.h"
 
 #include <gtest/gtest.h>

@@ -427,6 +427,26 @@ uint32_t JsonBuildSetLinkedPhoneInfoBody(tagLOGIN_S_LINKED_PHONE *pstLinkedPhone
 uint32_t JsonBuildGetLinkedPhoneInfoBody(tagLOGIN_S_LINKED_PHONE_INFO *pstInfo,
                                          char **ppcBody, uint32_t *puiLen);
 
+/* ---- test hooks ---------------------------------------------------------------------- */
+
+/* The four hooks the integration contract declares here (atrium_test_control.h has every
+ * hook, these included, with their full documentation). Safe from any thread. */
+
+/* Blocks from KOSA_MemMallocS/D not yet freed, process-wide. */
+uint32_t KOSA_MemLiveBlocks(void);
+
+/* This thread: uiSucceed more allocations succeed, the next returns null, then the thread
+ * is back to normal. KOSA_MEM_FAIL_NEVER disarms. */
+#define KOSA_MEM_FAIL_NEVER 0xFFFFFFFFu
+void KOSA_MemFailAfter(uint32_t uiSucceed);
+
+/* Documents parsed and not yet released, process-wide. */
+uint32_t KTL_XML_LiveDocuments(void);
+
+/* This thread: while pfnNext is set, QEV_CPYPT_RealRandom fills its buffer with successive
+ * values of pfnNext, 4 bytes each in native byte order; null restores the real source. */
+void QEV_CPYPT_SetRandomHook(uint32_t (*pfnNext)(void *pvCtx), void *pvCtx);
+
 #ifdef __cplusplus
 }
 #endif

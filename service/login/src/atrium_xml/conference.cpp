@@ -13,52 +13,18 @@
  * nearby-access answer is base64-decoded into a buffer the caller owns.
  *
  * These answers differ on purpose in their messages and prefixes, result codes, trace
- * levels and in the two server-error paths that return without releasing the document;
- * the login service is built against each of them as it is.
+ * levels and in the two server-error exits that leave the document unreleased (each says
+ * so with KeepUnreleased()); the login service is built against each of them as it is.
  */
 #include "atrium_frame.h"
 #include "ktl_base64.h"
 
 namespace {
 
-/* ---- key-table rows ---------------------------------------------------------------- */
-
-/* A key whose absence costs only the per-key traces. */
-constexpr AtriumValueKey PlainKey(const char *pcPath, uint32_t uiOffset, uint32_t uiCapacity,
-                                  AtriumConv eConv = AtriumConv::Text)
+/* An optional text key whose absence is also told by its own level-1 message. */
+constexpr AtriumKey TracedText(const char *pcPath, uint32_t uiOffset, uint32_t uiCapacity, const char *pcMissMessage)
 {
-    return AtriumValueKey{pcPath, uiOffset, uiCapacity, eConv, false, nullptr, 0, nullptr, false, 0};
-}
-
-/* An optional key whose absence is also told by its own level-1 message. */
-constexpr AtriumValueKey TracedKey(const char *pcPath, uint32_t uiOffset, uint32_t uiCapacity,
-                                   const char *pcMissMessage, AtriumConv eConv = AtriumConv::Text)
-{
-    return AtriumValueKey{pcPath,        uiOffset,         uiCapacity, eConv, false,
-                          pcMissMessage, LOGIN_TRACE_MISS, nullptr,    false, 0};
-}
-
-/* A key whose absence stops the table with result 1, told at uiMissLevel. */
-constexpr AtriumValueKey RequiredKey(const char *pcPath, uint32_t uiOffset, uint32_t uiCapacity,
-                                     const char *pcMissMessage, uint32_t uiMissLevel,
-                                     AtriumConv eConv = AtriumConv::Text)
-{
-    return AtriumValueKey{pcPath, uiOffset, uiCapacity, eConv, true, pcMissMessage, uiMissLevel, nullptr, false, 0};
-}
-
-/* The same row, writing uiDefault to its field when the key is absent. */
-constexpr AtriumValueKey DefaultOnMiss(AtriumValueKey stKey, uint32_t uiDefault)
-{
-    stKey.bMissDefault = true;
-    stKey.uiMissDefault = uiDefault;
-    return stKey;
-}
-
-/* A lookup whose miss is not traced; a null node is a miss whatever the code says. */
-bool TandemFindNode(_NODE *pstStart, const char *pcPath, _NODE **ppstNode)
-{
-    *ppstNode = nullptr;
-    return KTL_XML_GetNodeByUrl(pstStart, pcPath, ppstNode) == 0 && *ppstNode != nullptr;
+    return ValueText(pcPath, uiOffset, uiCapacity).TracedMiss(pcMissMessage);
 }
 
 /* ---- conference login: the address-list walk --------------------------------------- */
@@ -109,40 +75,40 @@ using TandemEua = tagXML_S_TANDEM_EUA;
 using TandemStg = tagXML_S_TANDEM_STG;
 using TandemTms = tagXML_S_TANDEM_TMS;
 
-constexpr AtriumValueKey g_astResultKeys[] = {
-    RequiredKey("result.resultCode", ATRIUM_FIELD(TandemResult, uiResultCode), "resultCode empty",
-                LOGIN_TRACE_ERROR, AtriumConv::Strtoul),
-    RequiredKey("result.resultDesc", ATRIUM_FIELD(TandemResult, acResultDesc), "resultDesc empty",
-                LOGIN_TRACE_ERROR),
+constexpr AtriumKey g_astResultKeys[] = {
+    ValueNumber("result.resultCode", ATRIUM_FIELD(TandemResult, uiResultCode))
+        .Required("resultCode empty", LOGIN_TRACE_ERROR),
+    ValueText("result.resultDesc", ATRIUM_FIELD(TandemResult, acResultDesc))
+        .Required("resultDesc empty", LOGIN_TRACE_ERROR),
 };
 
-constexpr AtriumValueKey g_astProfileKeys[] = {
-    PlainKey("profile.token", ATRIUM_FIELD(TandemProfile, acToken)),
-    PlainKey("profile.supportMediaTypes", ATRIUM_FIELD(TandemProfile, acSupportMediaTypes)),
+constexpr AtriumKey g_astProfileKeys[] = {
+    ValueText("profile.token", ATRIUM_FIELD(TandemProfile, acToken)),
+    ValueText("profile.supportMediaTypes", ATRIUM_FIELD(TandemProfile, acSupportMediaTypes)),
 };
 
-constexpr AtriumValueKey g_astSipKeys[] = {
-    PlainKey("conferenceClientInfo.serviceDomain", ATRIUM_FIELD(TandemSip, acDomain)),
-    PlainKey("conferenceClientInfo.proxyServer", ATRIUM_FIELD(TandemSip, acProxy)),
-    PlainKey("conferenceClientInfo.userName", ATRIUM_FIELD(TandemSip, acUserName)),
-    PlainKey("conferenceClientInfo.userPassword", ATRIUM_FIELD(TandemSip, acPassword)),
-    PlainKey("conferenceClientInfo.authorizedName", ATRIUM_FIELD(TandemSip, acAuthName)),
+constexpr AtriumKey g_astSipKeys[] = {
+    ValueText("conferenceClientInfo.serviceDomain", ATRIUM_FIELD(TandemSip, acDomain)),
+    ValueText("conferenceClientInfo.proxyServer", ATRIUM_FIELD(TandemSip, acProxy)),
+    ValueText("conferenceClientInfo.userName", ATRIUM_FIELD(TandemSip, acUserName)),
+    ValueText("conferenceClientInfo.userPassword", ATRIUM_FIELD(TandemSip, acPassword)),
+    ValueText("conferenceClientInfo.authorizedName", ATRIUM_FIELD(TandemSip, acAuthName)),
 };
 
-constexpr AtriumValueKey g_astEuaKeys[] = {
-    PlainKey("conferenceClientInfo.euaInfo.userName", ATRIUM_FIELD(TandemEua, acUserName)),
-    PlainKey("conferenceClientInfo.euaInfo.password", ATRIUM_FIELD(TandemEua, acPassword)),
-    PlainKey("conferenceClientInfo.euaInfo.baseDN", ATRIUM_FIELD(TandemEua, acBaseDN)),
+constexpr AtriumKey g_astEuaKeys[] = {
+    ValueText("conferenceClientInfo.euaInfo.userName", ATRIUM_FIELD(TandemEua, acUserName)),
+    ValueText("conferenceClientInfo.euaInfo.password", ATRIUM_FIELD(TandemEua, acPassword)),
+    ValueText("conferenceClientInfo.euaInfo.baseDN", ATRIUM_FIELD(TandemEua, acBaseDN)),
 };
 
-constexpr AtriumValueKey g_astStgKeys[] = {
-    PlainKey("conferenceClientInfo.stgInfo.userName", ATRIUM_FIELD(TandemStg, acUserName)),
-    PlainKey("conferenceClientInfo.stgInfo.password", ATRIUM_FIELD(TandemStg, acPassword)),
+constexpr AtriumKey g_astStgKeys[] = {
+    ValueText("conferenceClientInfo.stgInfo.userName", ATRIUM_FIELD(TandemStg, acUserName)),
+    ValueText("conferenceClientInfo.stgInfo.password", ATRIUM_FIELD(TandemStg, acPassword)),
 };
 
-constexpr AtriumValueKey g_astTmsKeys[] = {
-    PlainKey("conferenceClientInfo.tmsInfo.userName", ATRIUM_FIELD(TandemTms, acUserName)),
-    PlainKey("conferenceClientInfo.tmsInfo.password", ATRIUM_FIELD(TandemTms, acPassword)),
+constexpr AtriumKey g_astTmsKeys[] = {
+    ValueText("conferenceClientInfo.tmsInfo.userName", ATRIUM_FIELD(TandemTms, acUserName)),
+    ValueText("conferenceClientInfo.tmsInfo.password", ATRIUM_FIELD(TandemTms, acPassword)),
 };
 
 } // namespace
@@ -158,7 +124,7 @@ static uint32_t XmlTandemParseResult(_NODE *pstNode, tagXML_S_TANDEM_RESULT *pst
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Tandem: Parse Result Pointer empty!\n");
         return 2;
     }
-    return AtriumReadValueKeys(pstNode, g_astResultKeys, pstResult, ATRIUM_HERE);
+    return AtriumReadXmlKeys(pstNode, g_astResultKeys, pstResult, ATRIUM_HERE);
 }
 
 static uint32_t XmlTandemParseProfile(_NODE *pstNode, tagXML_S_TANDEM_PROFILE *pstProfile)
@@ -167,7 +133,7 @@ static uint32_t XmlTandemParseProfile(_NODE *pstNode, tagXML_S_TANDEM_PROFILE *p
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Tandem: Parse Profile Pointer empty!\n");
         return 2;
     }
-    (void)AtriumReadValueKeys(pstNode, g_astProfileKeys, pstProfile, ATRIUM_HERE);
+    (void)AtriumReadXmlKeys(pstNode, g_astProfileKeys, pstProfile, ATRIUM_HERE);
     return 0;
 }
 
@@ -177,7 +143,7 @@ static uint32_t XmlTandemParseSip(_NODE *pstNode, tagXML_S_TANDEM_SIP *pstSip)
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, TANDEM_CONF_CLIENT_NULL_MESSAGE);
         return 2;
     }
-    (void)AtriumReadValueKeys(pstNode, g_astSipKeys, pstSip, ATRIUM_HERE);
+    (void)AtriumReadXmlKeys(pstNode, g_astSipKeys, pstSip, ATRIUM_HERE);
     return 0;
 }
 
@@ -189,7 +155,7 @@ static uint32_t XmlTandemParseEua(_NODE *pstNode, tagXML_S_TANDEM_EUA *pstEua)
     }
     TandemReadAddressList(pstNode, ATRIUM_PATH("conferenceClientInfo.euaInfo.address"), "address",
                           ListLimit(pstEua->acAddress), &pstEua->uiAddressNum, pstEua->acAddress, ATRIUM_HERE);
-    (void)AtriumReadValueKeys(pstNode, g_astEuaKeys, pstEua, ATRIUM_HERE);
+    (void)AtriumReadXmlKeys(pstNode, g_astEuaKeys, pstEua, ATRIUM_HERE);
     return 0;
 }
 
@@ -199,7 +165,7 @@ static uint32_t XmlTandemParseStg(_NODE *pstNode, tagXML_S_TANDEM_STG *pstStg)
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, TANDEM_CONF_CLIENT_NULL_MESSAGE);
         return 2;
     }
-    (void)AtriumReadValueKeys(pstNode, g_astStgKeys, pstStg, ATRIUM_HERE);
+    (void)AtriumReadXmlKeys(pstNode, g_astStgKeys, pstStg, ATRIUM_HERE);
     TandemReadAddressList(pstNode, ATRIUM_PATH("conferenceClientInfo.stgInfo.stgAddress"), "stgAddress",
                           ListLimit(pstStg->acStgAddress), &pstStg->uiStgNum, pstStg->acStgAddress, ATRIUM_HERE);
     TandemReadAddressList(pstNode, ATRIUM_PATH("conferenceClientInfo.stgInfo.sbcInnerAddress"), "sbcInnerAddress",
@@ -214,7 +180,7 @@ static uint32_t XmlTandemParseTms(_NODE *pstNode, tagXML_S_TANDEM_TMS *pstTms)
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, TANDEM_CONF_CLIENT_NULL_MESSAGE);
         return 2;
     }
-    (void)AtriumReadValueKeys(pstNode, g_astTmsKeys, pstTms, ATRIUM_HERE);
+    (void)AtriumReadXmlKeys(pstNode, g_astTmsKeys, pstTms, ATRIUM_HERE);
     TandemReadAddressList(pstNode, ATRIUM_PATH("conferenceClientInfo.tmsInfo.address"), "address",
                           ListLimit(pstTms->acAddress), &pstTms->uiTmsNum, pstTms->acAddress, ATRIUM_HERE);
     return 0;
@@ -235,47 +201,44 @@ static uint32_t XmlTandemParseAtrium(_NODE *pstNode, tagXML_S_TANDEM_ATRIUM *pst
 
 uint32_t XmlParseTandmLoginResult(const char *pcXmlBody, tagXML_S_TANDEM_LOGIN_RESULT *pstResult)
 {
-    _NODE *pstRoot = nullptr;
+    AtriumDocument stDocument;
     _NODE *pstNode = nullptr;
 
     const AtriumOpening stOpening = {"Tandem: Conf Login Parse download xmlBody pointer empty!",
                                      "Tandem: Conf Login KTL_XML_Parse failed errno=[0x%x]!", ATRIUM_PARSE_CODE};
-    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstResult, stOpening, &pstRoot, ATRIUM_HERE);
+    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstResult, stOpening, stDocument, ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
+    _NODE *pstRoot = stDocument.Root();
 
     /* A refusal may come as a bare "result" root instead of the "loginResult" wrapper. */
-    uiRet = KTL_XML_GetNodeByUrl(pstRoot, "loginResult.result", &pstNode);
-    if (uiRet != 0 || pstNode == nullptr) {
+    if (AtriumLookUp(pstRoot, ATRIUM_PATH("loginResult.result"), &pstNode) != 0) {
         ATRIUM_TRACE(LOGIN_TRACE_MISS, "Not Find the logResult");
-        uiRet = KTL_XML_GetNodeByUrl(pstRoot, "result", &pstNode);
-        if (uiRet != 0 || pstNode == nullptr) {
+        uiRet = AtriumLookUp(pstRoot, ATRIUM_PATH("result"), &pstNode);
+        if (uiRet != 0) {
             ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Not Find the result");
-            KTL_XML_FreeNode(pstRoot);
             return uiRet;
         }
     }
     uiRet = XmlTandemParseResult(pstNode, &pstResult->stResult);
     if (uiRet != 0) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Tandem: Conf Create ParseConfInfo failed errno=[0x%x]!", uiRet);
-        KTL_XML_FreeNode(pstRoot);
         return uiRet;
     }
     /* The server's verdict stays in uiResultCode; a refusal is still a parsed answer. */
     ATRIUM_TRACE(LOGIN_TRACE_DUMP, "resultcode: %u", pstResult->stResult.uiResultCode);
 
-    if (TandemFindNode(pstRoot, "loginResult.profile", &pstNode)) {
+    if (AtriumLookUp(pstRoot, ATRIUM_PATH("loginResult.profile"), &pstNode) == 0) {
         uiRet = XmlTandemParseProfile(pstNode, &pstResult->stProfile);
         if (uiRet != 0) {
             ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Tandem: Conf Login ParseProfile failed errno=[0x%x]!", uiRet);
-            KTL_XML_FreeNode(pstRoot);
             return uiRet;
         }
         ATRIUM_TRACE(LOGIN_TRACE_DUMP, "mediatypes: %s", pstResult->stProfile.acSupportMediaTypes);
     }
 
-    if (TandemFindNode(pstRoot, "loginResult.conferenceClientInfo", &pstNode)) {
+    if (AtriumLookUp(pstRoot, ATRIUM_PATH("loginResult.conferenceClientInfo"), &pstNode) == 0) {
         /* Each block is independent: a failing one is told and the others still read. */
         uiRet = XmlTandemParseSip(pstNode, &pstResult->stSip);
         if (uiRet != 0) {
@@ -317,7 +280,7 @@ uint32_t XmlParseTandmLoginResult(const char *pcXmlBody, tagXML_S_TANDEM_LOGIN_R
         } else {
             ATRIUM_TRACE(LOGIN_TRACE_DUMP, "atrium num: %u", pstResult->stAtrium.uiAtriumNum);
         }
-    } else if (TandemFindNode(pstRoot, "result.failConferenceClientInfo", &pstNode)) {
+    } else if (AtriumLookUp(pstRoot, ATRIUM_PATH("result.failConferenceClientInfo"), &pstNode) == 0) {
         /* A refusal may still name the portal addresses the client can turn to. */
         uiRet = XmlTandemParseAtrium(pstNode, &pstResult->stAtrium,
                                      ATRIUM_PATH("failConferenceClientInfo.atriumInfo.address"));
@@ -328,7 +291,6 @@ uint32_t XmlParseTandmLoginResult(const char *pcXmlBody, tagXML_S_TANDEM_LOGIN_R
             ATRIUM_TRACE(LOGIN_TRACE_DUMP, "atrium num: %u", pstResult->stAtrium.uiAtriumNum);
         }
     }
-    KTL_XML_FreeNode(pstRoot);
     return 0;
 }
 
@@ -374,7 +336,7 @@ uint32_t TandemReadVersionKeys(_NODE *pstRoot, tagXML_S_TANDEM_VERSION_RESULT *p
 
 uint32_t XmlParseGetTandemVersionResult(const char *pcXmlBody, tagXML_S_TANDEM_VERSION_RESULT *pstVersionResult)
 {
-    _NODE *pstRoot = nullptr;
+    AtriumDocument stDocument;
     _NODE *pstNode = nullptr;
 
     if (pcXmlBody == nullptr || pstVersionResult == nullptr) {
@@ -384,19 +346,17 @@ uint32_t XmlParseGetTandemVersionResult(const char *pcXmlBody, tagXML_S_TANDEM_V
         return 2;
     }
     uint32_t uiRet = AtriumParseAnswer(pcXmlBody, "RestConf: ParseVersionXML Parse failed, ulRet[0x%x]!",
-                                       TANDEM_RET_NOT_XML, &pstRoot, ATRIUM_HERE);
+                                       TANDEM_RET_NOT_XML, stDocument.RootSlot(), ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
-    uiRet = KTL_XML_GetNodeByUrl(pstRoot, "versionResult.result", &pstNode);
-    if (uiRet != 0 || pstNode == nullptr) {
+    uiRet = AtriumLookUp(stDocument.Root(), ATRIUM_PATH("versionResult.result"), &pstNode);
+    if (uiRet != 0) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR,
                      "RestConf: ParseVersionXML GetNodeByUrl [versionResult.result] failed, ulRet[0x%x]!", uiRet);
-        KTL_XML_FreeNode(pstRoot);
         return uiRet;
     }
-    uiRet = TandemReadVersionKeys(pstRoot, pstVersionResult, ATRIUM_HERE);
-    KTL_XML_FreeNode(pstRoot);
+    uiRet = TandemReadVersionKeys(stDocument.Root(), pstVersionResult, ATRIUM_HERE);
     return uiRet;
 }
 
@@ -407,9 +367,9 @@ namespace {
 using RandomRecord = tagXML_S_TANDEM_RANDOM_RESULT;
 
 /* Both keys are required, and their misses are told at level 1, unlike most of the module. */
-constexpr AtriumValueKey g_astRandomKeys[] = {
-    RequiredKey("confinfo.site_url", ATRIUM_FIELD(RandomRecord, acSiteUrl), "Not Find the site_url", LOGIN_TRACE_MISS),
-    RequiredKey("confinfo.random", ATRIUM_FIELD(RandomRecord, acRandom), "Not Find the random", LOGIN_TRACE_MISS),
+constexpr AtriumKey g_astRandomKeys[] = {
+    ValueText("confinfo.site_url", ATRIUM_FIELD(RandomRecord, acSiteUrl)).Required("Not Find the site_url", LOGIN_TRACE_MISS),
+    ValueText("confinfo.random", ATRIUM_FIELD(RandomRecord, acRandom)).Required("Not Find the random", LOGIN_TRACE_MISS),
 };
 
 /* Any server error that has no code of its own in the login service. */
@@ -438,62 +398,48 @@ uint32_t XmlParseTandemRandomErrorcode(uint32_t uiErrorCode)
 
 uint32_t XmlParseTandemRandomResult(const char *pcXmlBody, tagXML_S_TANDEM_RANDOM_RESULT *pstRandomResult)
 {
-    _NODE *pstRoot = nullptr;
+    AtriumDocument stDocument;
     _NODE *pstNode = nullptr;
     char *pcValue = nullptr;
 
     const AtriumOpening stOpening = {"Tandem: Conf Login Parse xmlBody pointer empty!",
                                      "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!", ATRIUM_PARSE_CODE};
-    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstRandomResult, stOpening, &pstRoot, ATRIUM_HERE);
+    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstRandomResult, stOpening, stDocument, ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
-    (void)XML_D_GET_NODEVALUE_BYURI(pstRoot, "confinfo.errorCode", &pstNode, &pcValue);
+    (void)XML_D_GET_NODEVALUE_BYURI(stDocument.Root(), "confinfo.errorCode", &pstNode, &pcValue);
     if (pcValue != nullptr) {
         const uint32_t uiErrorCode = KOSA_Strtoul(pcValue, nullptr, 0);
         if (uiErrorCode != 0) {
             ATRIUM_TRACE(LOGIN_TRACE_MISS, "Find errorcode(%u),get tempuser siteurl fail", uiErrorCode);
-            /* Deliberately returns without releasing the document (kept as built). */
+            stDocument.KeepUnreleased(); /* the login service knows this exit without the release */
             return XmlParseTandemRandomErrorcode(uiErrorCode);
         }
     }
-    uiRet = AtriumReadValueKeys(pstRoot, g_astRandomKeys, pstRandomResult, ATRIUM_HERE);
-    KTL_XML_FreeNode(pstRoot);
-    return uiRet;
+    return AtriumReadXmlKeys(stDocument.Root(), g_astRandomKeys, pstRandomResult, ATRIUM_HERE);
 }
 
 /* ---- conference search ------------------------------------------------------------- */
 
 uint32_t XmlParseTandemSearchResult(const char *pcXmlBody, tagXML_S_TANDEM_SEARCH_RESULT *pstSearchResult)
 {
-    _NODE *pstRoot = nullptr;
+    AtriumDocument stDocument;
     _NODE *pstServiceTp = nullptr;
     char *pcValue = nullptr;
-    const uint32_t uiMaxSites = static_cast<uint32_t>(sizeof(pstSearchResult->auiPriority) / sizeof(uint32_t));
 
     /* Callers never pass null; the check keeps a null record from being written through. */
     const AtriumOpening stOpening = {"atrium: Conf Search Parse xmlBody pointer empty!",
                                      "atrium: KTL_XML_Parse failed errno=[0x%x]!", ATRIUM_PARSE_CODE};
-    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstSearchResult, stOpening, &pstRoot, ATRIUM_HERE);
+    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstSearchResult, stOpening, stDocument, ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
-    (void)XML_D_GET_NODEVALUE_BYURI(pstRoot, "servicetp", &pstServiceTp, &pcValue);
+    (void)XML_D_GET_NODEVALUE_BYURI(stDocument.Root(), "servicetp", &pstServiceTp, &pcValue);
     /* Entries are appended after what the caller holds; the walk ends once the record is full. */
-    for (_NODE *pstChild = KTL_XML_GetNodeFirstChild(pstServiceTp);
-         pstChild != nullptr && pstSearchResult->uiSiteNum < uiMaxSites;
-         pstChild = KTL_XML_GetNodeNextSibling(pstChild)) {
-        const AtriumSearchSite stFound = AtriumReadSearchSite(pstChild, ATRIUM_HERE);
-        if (stFound.uiPriority == 0 || stFound.acUri[0] == '\0') {
-            continue;
-        }
-        const uint32_t uiIndex = pstSearchResult->uiSiteNum;
-        pstSearchResult->auiPriority[uiIndex] = stFound.uiPriority;
-        (void)qev_strcpy_s(pstSearchResult->acSsoHostName[uiIndex], sizeof(pstSearchResult->acSsoHostName[uiIndex]),
-                           stFound.acUri);
-        pstSearchResult->uiSiteNum = uiIndex + 1;
-    }
-    KTL_XML_FreeNode(pstRoot);
+    const AtriumSearchEntries stEntries = {&pstSearchResult->uiSiteNum, pstSearchResult->auiPriority,
+                                           pstSearchResult->acSsoHostName, LOGIN_SEARCH_SITE_MAX};
+    AtriumCollectSearchSites(pstServiceTp, stEntries, nullptr, ATRIUM_HERE);
     return 0;
 }
 
@@ -502,22 +448,18 @@ uint32_t XmlParseTandemSearchResult(const char *pcXmlBody, tagXML_S_TANDEM_SEARC
 namespace {
 
 /*
- * Parses into pstSite the first child of pstRoot whose SSO host is pcSiteKey; the first
+ * Parses into pstSite the first child of pstSiteList whose SSO host is pcSiteKey; the first
  * group that names a portal address writes it to pcAtriumUri while that is still empty.
  * Without a match pstSite stays as it was (all zero).
  */
-void TandemParseGuestSite(_NODE *pstRoot, const char *pcSiteKey, tagLOGIN_S_SITE *pstSite, char *pcAtriumUri,
+void TandemParseGuestSite(_NODE *pstSiteList, const char *pcSiteKey, tagLOGIN_S_SITE *pstSite, char *pcAtriumUri,
                           uint32_t uiAtriumUriLen)
 {
-    uint32_t uiCount = 0;
-    (void)KTL_XML_GetNodeChildNum(pstRoot, &uiCount);
-    _NODE *pstChild = KTL_XML_GetNodeFirstChild(pstRoot);
-    for (uint32_t i = 0; i < uiCount && pstChild != nullptr; ++i) {
+    for (_NODE *pstChild : AtriumChildren(pstSiteList)) {
         if (IsMatchingSite(pstChild, pcSiteKey) != 0) {
             (void)XmlAtriumParseSite(pstChild, pstSite, pcAtriumUri, uiAtriumUriLen);
             return;
         }
-        pstChild = KTL_XML_GetNodeNextSibling(pstChild);
     }
 }
 
@@ -540,7 +482,7 @@ const uint32_t TANDEM_GUEST_SITE_NOT_MAIN = 1;
 uint32_t XmlParseTandemTempuserServiceTp(const char *pcXmlBody, const char *pcSiteKey,
                                          tagXML_S_TANDEM_TEMPUSER_INFO *pstTempUser)
 {
-    _NODE *pstRoot = nullptr;
+    AtriumDocument stDocument;
     tagLOGIN_S_SITE stSite{};
 
     if (pcXmlBody == nullptr || pcSiteKey == nullptr || pstTempUser == nullptr) {
@@ -548,24 +490,22 @@ uint32_t XmlParseTandemTempuserServiceTp(const char *pcXmlBody, const char *pcSi
         return 2;
     }
     const uint32_t uiRet = AtriumParseAnswer(pcXmlBody, "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!",
-                                             ATRIUM_PARSE_CODE, &pstRoot, ATRIUM_HERE);
+                                             ATRIUM_PARSE_CODE, stDocument.RootSlot(), ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
-    TandemParseGuestSite(pstRoot, pcSiteKey, &stSite, pstTempUser->acAtriumUri,
+    TandemParseGuestSite(stDocument.Root(), pcSiteKey, &stSite, pstTempUser->acAtriumUri,
                          static_cast<uint32_t>(sizeof(pstTempUser->acAtriumUri)));
 
     pstTempUser->pstSite = static_cast<tagLOGIN_S_SITE *>(ATRIUM_MALLOC_S(sizeof(tagLOGIN_S_SITE)));
     if (pstTempUser->pstSite == nullptr) {
         TandemReleaseGuestGroups(&stSite);
-        KTL_XML_FreeNode(pstRoot);
         return 1;
     }
     (void)qev_memcpy_s(pstTempUser->pstSite, sizeof(tagLOGIN_S_SITE), &stSite, sizeof(stSite));
     /* The copy gets a group array of its own, so the parsed one can go. */
     (void)getSingleSiteAccessGroup(&stSite, pstTempUser->pstSite, TANDEM_GUEST_SITE_NOT_MAIN);
     TandemReleaseGuestGroups(&stSite);
-    KTL_XML_FreeNode(pstRoot);
     return 0;
 }
 
@@ -575,17 +515,17 @@ namespace {
 
 using TempUser = tagXML_S_TANDEM_TEMPUSER_INFO;
 
-constexpr AtriumValueKey g_astTempuserSipKeys[] = {
-    TracedKey("ConfParam.sipinfo.impu", ATRIUM_FIELD(TempUser, acImpu), "Not Find the sip impu"),
-    TracedKey("ConfParam.sipinfo.impi", ATRIUM_FIELD(TempUser, acImpi), "Not Find the sip impi"),
-    DefaultOnMiss(TracedKey("ConfParam.sipinfo.pwdtype", ATRIUM_FIELD(TempUser, bPwdTypeZero), "Not Find the pwdtype",
-                            AtriumConv::ZeroFlag),
-                  0),
-    TracedKey("ConfParam.sipinfo.passwd", ATRIUM_FIELD(TempUser, acPasswd), "Not Find the sip passwd"),
-    TracedKey("ConfParam.sipinfo.domain", ATRIUM_FIELD(TempUser, acDomain), "Not Find the sip account"),
-    TracedKey("ConfParam.sipinfo.accesscode", ATRIUM_FIELD(TempUser, acAccessCode), "Not Find the sip accesscode"),
-    TracedKey("ConfParam.sipinfo.confid", ATRIUM_FIELD(TempUser, acConfId), "Not Find the sip confid"),
-    TracedKey("ConfParam.sipinfo.confpwd", ATRIUM_FIELD(TempUser, acConfPwd), "Not Find the sip confpwd"),
+constexpr AtriumKey g_astTempuserSipKeys[] = {
+    TracedText("ConfParam.sipinfo.impu", ATRIUM_FIELD(TempUser, acImpu), "Not Find the sip impu"),
+    TracedText("ConfParam.sipinfo.impi", ATRIUM_FIELD(TempUser, acImpi), "Not Find the sip impi"),
+    ValueNumber("ConfParam.sipinfo.pwdtype", ATRIUM_FIELD(TempUser, bPwdTypeZero), AtriumStore::ZeroFlag)
+        .TracedMiss("Not Find the pwdtype")
+        .DefaultOnMiss(0),
+    TracedText("ConfParam.sipinfo.passwd", ATRIUM_FIELD(TempUser, acPasswd), "Not Find the sip passwd"),
+    TracedText("ConfParam.sipinfo.domain", ATRIUM_FIELD(TempUser, acDomain), "Not Find the sip account"),
+    TracedText("ConfParam.sipinfo.accesscode", ATRIUM_FIELD(TempUser, acAccessCode), "Not Find the sip accesscode"),
+    TracedText("ConfParam.sipinfo.confid", ATRIUM_FIELD(TempUser, acConfId), "Not Find the sip confid"),
+    TracedText("ConfParam.sipinfo.confpwd", ATRIUM_FIELD(TempUser, acConfPwd), "Not Find the sip confpwd"),
 };
 
 /* The server's 404 for a guest's SIP identity: the login service's code for "no such user". */
@@ -596,26 +536,25 @@ const uint32_t TANDEM_SERVER_NOT_FOUND = 404;
 
 uint32_t XmlParseTandemTempuserSipInfo(const char *pcXmlBody, tagXML_S_TANDEM_TEMPUSER_INFO *pstTempUser)
 {
-    _NODE *pstRoot = nullptr;
+    AtriumDocument stDocument;
     _NODE *pstNode = nullptr;
     char *pcValue = nullptr;
 
     const AtriumOpening stOpening = {"Tandem: Conf Login Parse xmlBody pointer empty!",
                                      "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!", ATRIUM_PARSE_CODE};
-    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstTempUser, stOpening, &pstRoot, ATRIUM_HERE);
+    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstTempUser, stOpening, stDocument, ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
     /* Any error code refuses the guest, "0" included: its presence decides, not its value. */
-    (void)XML_D_GET_NODEVALUE_BYURI(pstRoot, "ConfParam.errorCode", &pstNode, &pcValue);
+    (void)XML_D_GET_NODEVALUE_BYURI(stDocument.Root(), "ConfParam.errorCode", &pstNode, &pcValue);
     if (pcValue != nullptr) {
         const uint32_t uiErrorCode = KOSA_Strtoul(pcValue, nullptr, 0);
         ATRIUM_TRACE(LOGIN_TRACE_MISS, "Find errorcode(%u),get tempuser fail", uiErrorCode);
-        /* Deliberately returns without releasing the document (kept as built). */
+        stDocument.KeepUnreleased(); /* the login service knows this exit without the release */
         return (uiErrorCode == TANDEM_SERVER_NOT_FOUND) ? TANDEM_RET_TEMPUSER_NOT_FOUND : TANDEM_RET_SERVER_ERROR;
     }
-    (void)AtriumReadValueKeys(pstRoot, g_astTempuserSipKeys, pstTempUser, ATRIUM_HERE);
-    KTL_XML_FreeNode(pstRoot);
+    (void)AtriumReadXmlKeys(stDocument.Root(), g_astTempuserSipKeys, pstTempUser, ATRIUM_HERE);
     return 0;
 }
 
@@ -623,60 +562,57 @@ uint32_t XmlParseTandemTempuserSipInfo(const char *pcXmlBody, tagXML_S_TANDEM_TE
 
 namespace {
 
-constexpr AtriumValueKey g_astTempuserConfKeys[] = {
-    TracedKey("ConfParam.ConfInfo.accesscode", ATRIUM_FIELD(TempUser, acAccessCode), "Not Find the accesscode"),
-    TracedKey("ConfParam.ConfInfo.confid", ATRIUM_FIELD(TempUser, acConfId), "Not Find the confid"),
-    TracedKey("ConfParam.ConfInfo.confpwd", ATRIUM_FIELD(TempUser, acConfPwd), "Not Find the confpwd"),
-    TracedKey("ConfParam.ConfInfo.chairmanpwd", ATRIUM_FIELD(TempUser, acChairmanPwd), "Not Find the chairmanpwd"),
-    TracedKey("ConfParam.ConfInfo.accessaddress", ATRIUM_FIELD(TempUser, acAccessAddress),
+constexpr AtriumKey g_astTempuserConfKeys[] = {
+    TracedText("ConfParam.ConfInfo.accesscode", ATRIUM_FIELD(TempUser, acAccessCode), "Not Find the accesscode"),
+    TracedText("ConfParam.ConfInfo.confid", ATRIUM_FIELD(TempUser, acConfId), "Not Find the confid"),
+    TracedText("ConfParam.ConfInfo.confpwd", ATRIUM_FIELD(TempUser, acConfPwd), "Not Find the confpwd"),
+    TracedText("ConfParam.ConfInfo.chairmanpwd", ATRIUM_FIELD(TempUser, acChairmanPwd), "Not Find the chairmanpwd"),
+    TracedText("ConfParam.ConfInfo.accessaddress", ATRIUM_FIELD(TempUser, acAccessAddress),
               "Not Find the accessaddress"),
-    TracedKey("ConfParam.ConfInfo.mediatype", ATRIUM_FIELD(TempUser, acMediaType), "Not Find the mediatype"),
-    TracedKey("ConfParam.ConfInfo.user_role", ATRIUM_FIELD(TempUser, uiUserRole), "Not Find the user_role",
-              AtriumConv::Strtoul),
+    TracedText("ConfParam.ConfInfo.mediatype", ATRIUM_FIELD(TempUser, acMediaType), "Not Find the mediatype"),
+    ValueNumber("ConfParam.ConfInfo.user_role", ATRIUM_FIELD(TempUser, uiUserRole)).TracedMiss("Not Find the user_role"),
 };
 
 /* The short form: three flat keys straight under ConfParam, same fields and messages. */
-constexpr AtriumValueKey g_astTempuserShortConfKeys[] = {
-    TracedKey("ConfParam.access_code", ATRIUM_FIELD(TempUser, acAccessCode), "Not Find the accesscode"),
-    TracedKey("ConfParam.conf_id", ATRIUM_FIELD(TempUser, acConfId), "Not Find the confid"),
-    TracedKey("ConfParam.conf_pass", ATRIUM_FIELD(TempUser, acConfPwd), "Not Find the confpwd"),
+constexpr AtriumKey g_astTempuserShortConfKeys[] = {
+    TracedText("ConfParam.access_code", ATRIUM_FIELD(TempUser, acAccessCode), "Not Find the accesscode"),
+    TracedText("ConfParam.conf_id", ATRIUM_FIELD(TempUser, acConfId), "Not Find the confid"),
+    TracedText("ConfParam.conf_pass", ATRIUM_FIELD(TempUser, acConfPwd), "Not Find the confpwd"),
 };
 
 } // namespace
 
 uint32_t XmlParseTempuserConfInfo(const char *pcXmlBody, tagXML_S_TANDEM_TEMPUSER_INFO *pstTempUser)
 {
-    _NODE *pstRoot = nullptr;
+    AtriumDocument stDocument;
 
     const AtriumOpening stOpening = {"CMS:Conf Login Parse xmlBody pointer empty!",
                                      "Conf Login KTL_XML_Parse failed errno=[0x%x]!", TANDEM_RET_NOT_XML};
-    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstTempUser, stOpening, &pstRoot, ATRIUM_HERE);
+    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstTempUser, stOpening, stDocument, ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
-    (void)AtriumReadValueKeys(pstRoot, g_astTempuserConfKeys, pstTempUser, ATRIUM_HERE);
-    KTL_XML_FreeNode(pstRoot);
+    (void)AtriumReadXmlKeys(stDocument.Root(), g_astTempuserConfKeys, pstTempUser, ATRIUM_HERE);
     return 0;
 }
 
 uint32_t XmlParseBigParamConfInfo(const char *pcXmlBody, tagXML_S_TANDEM_TEMPUSER_INFO *pstTempUser)
 {
-    _NODE *pstRoot = nullptr;
+    AtriumDocument stDocument;
     _NODE *pstConfInfo = nullptr;
 
     const AtriumOpening stOpening = {"Tandem: Conf Login Parse xmlBody pointer empty!",
                                      "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!", TANDEM_RET_NOT_XML};
-    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstTempUser, stOpening, &pstRoot, ATRIUM_HERE);
+    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstTempUser, stOpening, stDocument, ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
-    if (TandemFindNode(pstRoot, "ConfParam.ConfInfo", &pstConfInfo)) {
+    if (AtriumLookUp(stDocument.Root(), ATRIUM_PATH("ConfParam.ConfInfo"), &pstConfInfo) == 0) {
         /* The detailed block is the other parser's answer; it parses the body on its own. */
         (void)XmlParseTempuserConfInfo(pcXmlBody, pstTempUser);
     } else {
-        (void)AtriumReadValueKeys(pstRoot, g_astTempuserShortConfKeys, pstTempUser, ATRIUM_HERE);
+        (void)AtriumReadXmlKeys(stDocument.Root(), g_astTempuserShortConfKeys, pstTempUser, ATRIUM_HERE);
     }
-    KTL_XML_FreeNode(pstRoot);
     return 0;
 }
 
@@ -687,13 +623,12 @@ namespace {
 using TempAccount = tagXML_S_TEMPUSER_ACCOUNT_INFO;
 
 /* The server spells these keys in mixed case, unlike its other guest answers. */
-constexpr AtriumValueKey g_astTempuserAccountKeys[] = {
-    TracedKey("ConfParam.AccountInfo.account", ATRIUM_FIELD(TempAccount, acAccount), "Not Find the account"),
-    TracedKey("ConfParam.AccountInfo.password", ATRIUM_FIELD(TempAccount, acPassword), "Not Find the pwd"),
-    TracedKey("ConfParam.AccountInfo.pwdType", ATRIUM_FIELD(TempAccount, uiPwdType), "Not Find the pwdType",
-              AtriumConv::Strtoul),
-    TracedKey("ConfParam.AccountInfo.accessURL", ATRIUM_FIELD(TempAccount, acAccessUrl), "Not Find the accessURL"),
-    TracedKey("ConfParam.AccountInfo.secondAccessURL", ATRIUM_FIELD(TempAccount, acSecondAccessUrl),
+constexpr AtriumKey g_astTempuserAccountKeys[] = {
+    TracedText("ConfParam.AccountInfo.account", ATRIUM_FIELD(TempAccount, acAccount), "Not Find the account"),
+    TracedText("ConfParam.AccountInfo.password", ATRIUM_FIELD(TempAccount, acPassword), "Not Find the pwd"),
+    ValueNumber("ConfParam.AccountInfo.pwdType", ATRIUM_FIELD(TempAccount, uiPwdType)).TracedMiss("Not Find the pwdType"),
+    TracedText("ConfParam.AccountInfo.accessURL", ATRIUM_FIELD(TempAccount, acAccessUrl), "Not Find the accessURL"),
+    TracedText("ConfParam.AccountInfo.secondAccessURL", ATRIUM_FIELD(TempAccount, acSecondAccessUrl),
               "Not Find the secondAccessURL"),
 };
 
@@ -701,16 +636,15 @@ constexpr AtriumValueKey g_astTempuserAccountKeys[] = {
 
 uint32_t XmlParseTempuserAccountInfo(const char *pcXmlBody, tagXML_S_TEMPUSER_ACCOUNT_INFO *pstAccount)
 {
-    _NODE *pstRoot = nullptr;
+    AtriumDocument stDocument;
 
     const AtriumOpening stOpening = {"CMS: Conf Login Parse xmlBody pointer empty!",
                                      "Conf Login KTL_XML_Parse failed errno=[0x%x]!", TANDEM_RET_NOT_XML};
-    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstAccount, stOpening, &pstRoot, ATRIUM_HERE);
+    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstAccount, stOpening, stDocument, ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
-    (void)AtriumReadValueKeys(pstRoot, g_astTempuserAccountKeys, pstAccount, ATRIUM_HERE);
-    KTL_XML_FreeNode(pstRoot);
+    (void)AtriumReadXmlKeys(stDocument.Root(), g_astTempuserAccountKeys, pstAccount, ATRIUM_HERE);
     return 0;
 }
 
@@ -718,7 +652,7 @@ uint32_t XmlParseTempuserAccountInfo(const char *pcXmlBody, tagXML_S_TEMPUSER_AC
 
 uint32_t XmlParseGetServiceTPFromRandom(const char *pcXmlBody, char **ppcServiceTp)
 {
-    _NODE *pstRoot = nullptr;
+    AtriumDocument stDocument;
     _NODE *pstNode = nullptr;
     char *pcValue = nullptr;
     char *pcDecoded = nullptr;
@@ -729,22 +663,20 @@ uint32_t XmlParseGetServiceTPFromRandom(const char *pcXmlBody, char **ppcService
     }
     /* The body is not checked here: a null body is the XML library's parse failure. */
     uint32_t uiRet = AtriumParseAnswer(pcXmlBody, "atrium: KTL_XML_Parse failed errno=[0x%x]!",
-                                       ATRIUM_PARSE_CODE, &pstRoot, ATRIUM_HERE);
+                                       ATRIUM_PARSE_CODE, stDocument.RootSlot(), ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
     /* The element must exist; an element without text goes on and fails to decode. */
-    (void)XML_D_GET_NODEVALUE_BYURI(pstRoot, "ConfParam.nearbyaccess", &pstNode, &pcValue);
+    (void)XML_D_GET_NODEVALUE_BYURI(stDocument.Root(), "ConfParam.nearbyaccess", &pstNode, &pcValue);
     if (pstNode == nullptr) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: can not find ConfParam.nearbyaccess !");
-        KTL_XML_FreeNode(pstRoot);
         return 1;
     }
     const char *pcText = (pcValue != nullptr) ? pcValue : "";
     const int32_t iLen = KTL_BASE64Decode(pcText, KOSA_StrLen(pcText), &pcDecoded);
     if (iLen <= 0) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: KTL_BASE64Decode fail, iLen:%d", iLen);
-        KTL_XML_FreeNode(pstRoot);
         return 1;
     }
     /* The zero fill supplies the terminator after the decoded bytes. */
@@ -753,11 +685,9 @@ uint32_t XmlParseGetServiceTPFromRandom(const char *pcXmlBody, char **ppcService
     if (*ppcServiceTp == nullptr) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: KOSA_MemMallocSetNull fail");
         KTL_BASE64Free(&pcDecoded);
-        KTL_XML_FreeNode(pstRoot);
         return 1;
     }
     (void)qev_memcpy_s(*ppcServiceTp, uiSize, pcDecoded, static_cast<uint32_t>(iLen));
     KTL_BASE64Free(&pcDecoded);
-    KTL_XML_FreeNode(pstRoot);
     return 0;
 }

@@ -1,13 +1,14 @@
 /*
- * frame.cpp - the shared steps of the parse frame: opening an answer, the per-key step and
- * the key-table reader, and the search answers' site reader both servers' parsers share.
+ * frame.cpp - the shared steps of the parse frame: opening an answer, the per-key step, the
+ * store of a key row's value, the XML keys' source, and the search answers' site reader
+ * both servers' parsers share.
  *
  * Every XML parser opens its answer through AtriumOpenAnswer (argument check and parse, with
- * the parser's own messages) and reads its keys through AtriumGetNodeValueByUri: one
- * dotted-path lookup, one value read, level-1 traces for misses on the caller's line.
- * Parsers that are plain lists of keys describe them as AtriumValueKey tables, which
- * AtriumReadValueKeys runs row by row: per-key step, then copy or conversion into the
- * record, or the row's miss message and default.
+ * the parser's own messages) into an AtriumDocument that releases it, and reads its keys
+ * through AtriumGetNodeValueByUri: one dotted-path lookup, one value read, level-1 traces
+ * for misses on the caller's line. Key tables (AtriumKey rows) are read by one loop,
+ * AtriumReadKeys, which asks a source for each row's value (AtriumXmlSource here; the JSON
+ * services have theirs) and stores it with AtriumStoreValue.
  */
 #include "atrium_frame.h"
 
@@ -25,7 +26,7 @@ uint32_t AtriumParseAnswer(const char *pcBody, const char *pcParseFormat, uint32
 }
 
 uint32_t AtriumOpenAnswer(const char *pcBody, const void *pvRecord, const AtriumOpening &stOpening,
-                          _NODE **ppstRoot, const AtriumCallSite &stSite)
+                          AtriumDocument &stDocument, const AtriumCallSite &stSite)
 {
     if (pcBody == nullptr || pvRecord == nullptr) {
         if (stOpening.pcNullMessage != nullptr) {
@@ -33,15 +34,20 @@ uint32_t AtriumOpenAnswer(const char *pcBody, const void *pvRecord, const Atrium
         }
         return 2;
     }
-    return AtriumParseAnswer(pcBody, stOpening.pcParseFormat, stOpening.uiParseFailure, ppstRoot, stSite);
+    return AtriumParseAnswer(pcBody, stOpening.pcParseFormat, stOpening.uiParseFailure, stDocument.RootSlot(),
+                             stSite);
+}
+
+uint32_t AtriumLookUp(_NODE *pstStart, const AtriumPath &stPath, _NODE **ppstNode)
+{
+    return KTL_XML_GetNodeByPath(pstStart, &stPath.stSplit, ppstNode);
 }
 
 uint32_t AtriumGetNodeValueByUri(_NODE *pstStart, const AtriumPath &stPath, _NODE **ppstNode, char **ppcValue,
                                  const AtriumCallSite &stSite)
 {
-    *ppstNode = nullptr;
     *ppcValue = nullptr;
-    uint32_t uiRet = KTL_XML_GetNodeByPath(pstStart, &stPath.stSplit, ppstNode);
+    uint32_t uiRet = AtriumLookUp(pstStart, stPath, ppstNode);
     if (uiRet != 0) {
         ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_MISS, "KTL_XML_GetNodeByUrl %s failed=0x%x", stPath.Text(), uiRet);
         return uiRet;
@@ -61,79 +67,104 @@ _NODE *AtriumFindElement(_NODE *pstStart, const AtriumPath &stPath, const Atrium
     return pstNode;
 }
 
-AtriumSearchSite AtriumReadSearchSite(_NODE *pstChild, const AtriumCallSite &stSite)
+char *AtriumAttr(_NODE *pstNode, const char *pcName)
 {
-    AtriumSearchSite stFound = {0, {}};
     char *pcValue = nullptr;
-    if (KTL_XML_GetAttr(pstChild, 0, "priority", &pcValue) == 0) {
-        stFound.uiPriority = KOSA_Strtoul(pcValue, nullptr, 0);
-    }
-    _NODE *pstSsoHost = AtriumFindElement(pstChild, ATRIUM_PATH("site.sso_hostname"), stSite);
-    if (pstSsoHost != nullptr && KTL_XML_GetAttr(pstSsoHost, 0, "uri", &pcValue) == 0) {
-        (void)qev_strcpy_s(stFound.acUri, sizeof(stFound.acUri), pcValue);
-    }
-    return stFound;
+    return (KTL_XML_GetAttr(pstNode, 0, pcName, &pcValue) == 0) ? pcValue : nullptr;
 }
 
-static void AtriumStoreValue(const AtriumValueKey &stKey, char *pcField, const char *pcValue)
+void AtriumCollectSearchSites(_NODE *pstServiceTp, const AtriumSearchEntries &stEntries, const char *pcRefusedUri,
+                              const AtriumCallSite &stSite)
 {
+    for (_NODE *pstChild : AtriumChildren(pstServiceTp)) {
+        const uint32_t uiEntry = *stEntries.puiSiteNum;
+        if (uiEntry >= stEntries.uiMax) {
+            break;
+        }
+        uint32_t uiPriority = 0;
+        char acUri[256] = {};
+        const char *pcPriority = AtriumAttr(pstChild, "priority");
+        if (pcPriority != nullptr) {
+            uiPriority = KOSA_Strtoul(pcPriority, nullptr, 0);
+        }
+        _NODE *pstSsoHost = AtriumFindElement(pstChild, ATRIUM_PATH("site.sso_hostname"), stSite);
+        const char *pcUri = (pstSsoHost != nullptr) ? AtriumAttr(pstSsoHost, "uri") : nullptr;
+        if (pcUri != nullptr) {
+            (void)qev_strcpy_s(acUri, sizeof(acUri), pcUri);
+        }
+        if (uiPriority == 0 || acUri[0] == '\0' || (pcRefusedUri != nullptr && KOSA_StrCmp(acUri, pcRefusedUri) == 0)) {
+            continue;
+        }
+        stEntries.puiPriority[uiEntry] = uiPriority;
+        (void)qev_strcpy_s(stEntries.aacUri[uiEntry], sizeof(stEntries.aacUri[uiEntry]), acUri);
+        *stEntries.puiSiteNum = uiEntry + 1;
+    }
+}
+
+void AtriumStoreValue(const AtriumKey &stKey, char *pcField, const AtriumValue &stValue)
+{
+    const char *pcText = stValue.pcText;
     uint32_t uiWord = 0;
-    switch (stKey.eConv) {
-    case AtriumConv::Text:
-        (void)qev_strcpy_s(pcField, stKey.uiCapacity, pcValue);
+    switch (stKey.eStore) {
+    case AtriumStore::Text:
+        (void)qev_strcpy_s(pcField, stKey.uiCapacity, pcText);
         return;
-    case AtriumConv::Strtoul:
-        uiWord = KOSA_Strtoul(pcValue, nullptr, 0);
+    case AtriumStore::CountedText:
+        (void)qev_strncpy_s(pcField, stKey.uiCapacity, pcText, KOSA_StrLen(pcText) + 1);
+        return;
+    case AtriumStore::Address:
+        (void)XmlAtriumGetIpFromDomain(pcField, stKey.uiCapacity, pcText);
+        return;
+    case AtriumStore::Strtoul:
+        uiWord = KOSA_Strtoul(pcText, nullptr, 0);
         break;
-    case AtriumConv::StrToInt32: {
+    case AtriumStore::StrToInt32: {
+        /* a failed conversion leaves whatever it wrote, so it starts from the field */
         int32_t iNumber = 0;
         std::memcpy(&iNumber, pcField, sizeof(iNumber));
-        (void)KOSA_StrToInt32(pcValue, &iNumber);
+        (void)KOSA_StrToInt32(pcText, &iNumber);
         std::memcpy(pcField, &iNumber, sizeof(iNumber));
         return;
     }
-    case AtriumConv::YesFlag:
-        if (KOSA_StrCmp(pcValue, "YES") != 0) {
+    case AtriumStore::YesFlag:
+    case AtriumStore::TrueFlag:
+        if (KOSA_StrCmp(pcText, stKey.eStore == AtriumStore::YesFlag ? "YES" : "true") != 0) {
             return;
         }
         uiWord = 1;
         break;
-    case AtriumConv::ZeroFlag:
-        uiWord = (KOSA_Strtoul(pcValue, nullptr, 0) == 0) ? 1u : 0u;
+    case AtriumStore::ZeroFlag:
+        uiWord = (KOSA_Strtoul(pcText, nullptr, 0) == 0) ? 1u : 0u;
         break;
-    case AtriumConv::PresentFlag:
+    case AtriumStore::PresentFlag:
         uiWord = 1;
+        break;
+    case AtriumStore::JsonNumber:
+    case AtriumStore::JsonBoolean:
+        uiWord = stValue.uiWord;
         break;
     }
     std::memcpy(pcField, &uiWord, sizeof(uiWord));
 }
 
-uint32_t AtriumReadValueKeys(_NODE *pstStart, const AtriumValueKey *pstKeys, size_t uiCount,
-                             void *pvRecord, const AtriumCallSite &stSite)
+AtriumFound AtriumXmlSource::Find(const AtriumKey &stKey, AtriumValue &stValue, const AtriumCallSite &stSite) const
 {
-    char *pcRecord = static_cast<char *>(pvRecord);
-    for (size_t i = 0; i < uiCount; ++i) {
-        const AtriumValueKey &stKey = pstKeys[i];
-        _NODE *pstNode = nullptr;
-        char *pcValue = nullptr;
-        (void)AtriumGetNodeValueByUri(pstStart, stKey.stPath, &pstNode, &pcValue, stSite);
-        char *pcField = pcRecord + stKey.uiOffset;
-        if (pcValue != nullptr) {
-            if (stKey.pcPresentMessage != nullptr) {
-                ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_PROGRESS, "%s", stKey.pcPresentMessage);
-            }
-            AtriumStoreValue(stKey, pcField, pcValue);
-            continue;
-        }
-        if (stKey.pcMissMessage != nullptr) {
-            ATRIUM_TRACE_AT(stSite, stKey.uiMissLevel, "%s", stKey.pcMissMessage);
-        }
-        if (stKey.bRequired) {
-            return 1;
-        }
-        if (stKey.bMissDefault) {
-            std::memcpy(pcField, &stKey.uiMissDefault, sizeof(stKey.uiMissDefault));
-        }
+    _NODE *pstNode = nullptr;
+    char *pcValue = nullptr;
+    (void)AtriumGetNodeValueByUri(pstStart, stKey.stPath, &pstNode, &pcValue, stSite);
+    if (stKey.eSource == AtriumSource::Value) {
+        stValue.pcText = pcValue;
+        return (pcValue != nullptr) ? AtriumFound::Present : AtriumFound::Missing;
     }
-    return 0;
+    /* An attribute key: its element is the key, read whatever its value read gave. */
+    if (pstNode == nullptr) {
+        return AtriumFound::Missing;
+    }
+    const char *pcAttr = AtriumAttr(pstNode, stKey.pcName);
+    const bool bEmptyIsAbsent = stKey.eSource == AtriumSource::Attribute;
+    if (pcAttr == nullptr || (bEmptyIsAbsent && pcAttr[0] == '\0')) {
+        return AtriumFound::LeftAlone;
+    }
+    stValue.pcText = pcAttr;
+    return AtriumFound::Present;
 }

@@ -13,9 +13,10 @@
  * the SIP identity's fall-back, FuncType, the main-site name, the sites, the further
  * servers, the unified-messaging accounts). The step order is the trace order.
  *
- * A few paths return without releasing the document (token information without token or
- * lifetime, a saved right-configuration profile, an unreadable extra parameter); they are
- * kept as the login service expects them and are marked where they happen.
+ * Every answer's document is owned by an AtriumDocument. A few exits leave it unreleased
+ * on purpose (token information without token or lifetime, a saved right-configuration
+ * profile, an unreadable extra parameter): the login service is built against them as they
+ * are, and each says so with KeepUnreleased().
  */
 #include "atrium_frame.h"
 #include "ktl_base64.h"
@@ -30,14 +31,6 @@ using Site = tagLOGIN_S_SITE;
 const uint32_t RESULT_FAILED = 1;
 
 /* ---- shared steps ------------------------------------------------------------------- */
-
-/* An attribute's text when the library has it (possibly ""), else null. The text lives in
- * the document's writable memory. */
-char *AttrOrNull(_NODE *pstNode, const char *pcName)
-{
-    char *pcValue = nullptr;
-    return (KTL_XML_GetAttr(pstNode, 0, pcName, &pcValue) == 0) ? pcValue : nullptr;
-}
 
 /* The opening of the answers that report as the login does (login, authentication token,
  * server list). */
@@ -57,7 +50,7 @@ void StoreFuncType(const char *pcValue, int32_t *piFuncType, const AtriumCallSit
 /* The "terminalScene" attribute of the FuncType element, when it has one. */
 void StoreTerminalScene(_NODE *pstFuncType, UserRecord *pstUser, const AtriumCallSite &stSite)
 {
-    const char *pcScene = AttrOrNull(pstFuncType, "terminalScene");
+    const char *pcScene = AtriumAttr(pstFuncType, "terminalScene");
     if (pcScene == nullptr) {
         return;
     }
@@ -103,22 +96,19 @@ void HandOverSites(Site *pstSites, uint32_t uiNumOfSite, uint32_t uiOwnSite, uin
     freeSiteMem(pstSites, uiNumOfSite);
 }
 
-/* Keys of the user record that the login and authentication-token answers read alike. */
-constexpr AtriumValueKey KEY_ACCESS_TOKEN = {
-    "UserInfo.LoginToken.AccessToken", ATRIUM_FIELD(UserRecord, acAccessToken), AtriumConv::Text,
-    true, "Not Find the AccessToKen", LOGIN_TRACE_ERROR, nullptr, false, 0};
-constexpr AtriumValueKey KEY_EXPIRE_IN = {
-    "UserInfo.LoginToken.ExpireIn", ATRIUM_FIELD(UserRecord, uiExpireIn), AtriumConv::Strtoul,
-    true, "Not Find the ExpireIn", LOGIN_TRACE_ERROR, nullptr, false, 0};
-constexpr AtriumValueKey KEY_REAL_USER_ACCOUNT = {
-    "UserInfo.RealUserAccount", ATRIUM_FIELD(UserRecord, acRealUserAccount), AtriumConv::Text,
-    false, nullptr, 0, "get real user account", false, 0};
-constexpr AtriumValueKey KEY_FIRST_LOGIN = {
-    "UserInfo.FirstLogin", ATRIUM_FIELD(UserRecord, bFirstLogin), AtriumConv::YesFlag,
-    false, nullptr, 0, nullptr, false, 0};
-constexpr AtriumValueKey KEY_PWD_EXPIRE_TIME = {
-    "UserInfo.PWDExpireTime", ATRIUM_FIELD(UserRecord, uiPwdExpireTime), AtriumConv::Strtoul,
-    false, nullptr, 0, nullptr, false, 0};
+/* Keys of the user record that the login and authentication-token answers read alike. The
+ * capital K of "AccessToKen" is the login service's own spelling. */
+constexpr AtriumKey KEY_ACCESS_TOKEN = ValueText("UserInfo.LoginToken.AccessToken",
+                                                 ATRIUM_FIELD(UserRecord, acAccessToken))
+                                           .Required("Not Find the AccessToKen", LOGIN_TRACE_ERROR);
+constexpr AtriumKey KEY_EXPIRE_IN = ValueNumber("UserInfo.LoginToken.ExpireIn", ATRIUM_FIELD(UserRecord, uiExpireIn))
+                                        .Required("Not Find the ExpireIn", LOGIN_TRACE_ERROR);
+constexpr AtriumKey KEY_REAL_USER_ACCOUNT =
+    ValueText("UserInfo.RealUserAccount", ATRIUM_FIELD(UserRecord, acRealUserAccount))
+        .SayWhenPresent("get real user account");
+constexpr AtriumKey KEY_FIRST_LOGIN =
+    ValueNumber("UserInfo.FirstLogin", ATRIUM_FIELD(UserRecord, bFirstLogin), AtriumStore::YesFlag);
+constexpr AtriumKey KEY_PWD_EXPIRE_TIME = ValueNumber("UserInfo.PWDExpireTime", ATRIUM_FIELD(UserRecord, uiPwdExpireTime));
 
 } // namespace
 
@@ -126,7 +116,7 @@ constexpr AtriumValueKey KEY_PWD_EXPIRE_TIME = {
 
 namespace {
 
-constexpr AtriumValueKey g_astAuthTokenKeys[] = {
+constexpr AtriumKey g_astAuthTokenKeys[] = {
     KEY_ACCESS_TOKEN, KEY_EXPIRE_IN, KEY_REAL_USER_ACCOUNT, KEY_FIRST_LOGIN, KEY_PWD_EXPIRE_TIME,
 };
 
@@ -136,18 +126,16 @@ const uint32_t ATRIUM_DEPLOY_MODE_AUTH_TOKEN = 3;
 
 uint32_t XmlParseAtriumAuthToken(const char *pcXmlBody, tagLOGIN_S_ATRIUM_USER_INFO *pstUserInfo)
 {
-    _NODE *pstRoot = nullptr;
+    AtriumDocument stDocument;
 
-    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstUserInfo, LOGIN_OPENING, &pstRoot, ATRIUM_HERE);
+    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstUserInfo, LOGIN_OPENING, stDocument, ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
-    if (AtriumReadValueKeys(pstRoot, g_astAuthTokenKeys, pstUserInfo, ATRIUM_HERE) != 0) {
-        KTL_XML_FreeNode(pstRoot);
+    if (AtriumReadXmlKeys(stDocument.Root(), g_astAuthTokenKeys, pstUserInfo, ATRIUM_HERE) != 0) {
         return RESULT_FAILED;
     }
     pstUserInfo->uiDeployMode = ATRIUM_DEPLOY_MODE_AUTH_TOKEN;
-    KTL_XML_FreeNode(pstRoot);
     return 0;
 }
 
@@ -172,7 +160,7 @@ struct LoginAnswer {
 struct LoginVerdict {
     bool bStop;
     uint32_t uiRet;        /* the parser's result when it stops */
-    bool bKeepDocument;    /* stop without releasing the document */
+    bool bKeepUnreleased;  /* stop without releasing the document */
 };
 
 const LoginVerdict LOGIN_GO_ON = {false, 0, false};
@@ -180,20 +168,20 @@ const LoginVerdict LOGIN_FAIL = {true, RESULT_FAILED, false};
 
 using LoginStepFn = LoginVerdict (*)(LoginAnswer &stAnswer);
 
-/* One step: a plain key (run by the frame's key reader), or a step of its own. */
+/* One step: a plain key (read by the frame's key loop), or a step of its own. */
 struct LoginStep {
-    AtriumValueKey stKey;
+    AtriumKey stKey;
     LoginStepFn pfnOwn;
 };
 
-constexpr LoginStep Key(const AtriumValueKey &stKey)
+constexpr LoginStep Key(const AtriumKey &stKey)
 {
     return LoginStep{stKey, nullptr};
 }
 
 constexpr LoginStep Own(LoginStepFn pfnOwn)
 {
-    return LoginStep{AtriumValueKey{}, pfnOwn};
+    return LoginStep{AtriumKey{}, pfnOwn};
 }
 
 /* Extra parameters: every child of "ExtraParms" as a (name, text) pair, at most 256. One
@@ -218,15 +206,17 @@ LoginVerdict ReadExtraParms(LoginAnswer &stAnswer)
     const auto uiBytes = static_cast<uint32_t>(uiCount * sizeof(tagLOGIN_S_EXTRA_PARM));
     auto *pstParm = static_cast<tagLOGIN_S_EXTRA_PARM *>(ATRIUM_MALLOC_S(uiBytes));
     uint32_t uiTaken = 0;
-    for (_NODE *pstChild = KTL_XML_GetNodeFirstChild(pstParms);
-         pstParm != nullptr && pstChild != nullptr && uiTaken < EXTRA_PARM_MAX;
-         pstChild = KTL_XML_GetNodeNextSibling(pstChild)) {
+    for (_NODE *pstChild : AtriumChildren(pstParms)) {
+        if (pstParm == nullptr || uiTaken == EXTRA_PARM_MAX) {
+            break;
+        }
         char *pcName = nullptr;
         char *pcText = nullptr;
         const uint32_t uiRet = KTL_XML_GetNodeValue(pstChild, nullptr, 0, &pcName, &pcText);
         if (uiRet != 0) {
             ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_ERROR, "KTL_XML_GetNodeValue failed uiRet:%u", uiRet);
-            /* Kept as the login service knows it: document and array are left as they are. */
+            /* The login service knows this exit as it is: the document is not released, and
+             * the array is neither freed nor handed over. */
             return LoginVerdict{true, uiRet, true};
         }
         tagLOGIN_S_EXTRA_PARM &stParm = pstParm[uiTaken];
@@ -247,9 +237,8 @@ LoginVerdict ReadExtraParms(LoginAnswer &stAnswer)
 }
 
 /* Read only when the answer has no impu. */
-constexpr AtriumValueKey g_astSipAccountFallBack[] = {
-    {"UserInfo.sipinfo.account", ATRIUM_FIELD(UserRecord, acSipAccount), AtriumConv::Text,
-     false, "Not Find the sip account", LOGIN_TRACE_MISS, nullptr, false, 0},
+constexpr AtriumKey g_astSipAccountFallBack[] = {
+    ValueText("UserInfo.sipinfo.account", ATRIUM_FIELD(UserRecord, acSipAccount)).TracedMiss("Not Find the sip account"),
 };
 
 /* The SIP identity: the impu, or the account when there is no impu. */
@@ -264,7 +253,7 @@ LoginVerdict ReadSipIdentity(LoginAnswer &stAnswer)
         return LOGIN_GO_ON;
     }
     ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_MISS, "Not Find the sip impu, look for account");
-    (void)AtriumReadValueKeys(stAnswer.pstRoot, g_astSipAccountFallBack, stAnswer.pstUser, stAnswer.stSite);
+    (void)AtriumReadXmlKeys(stAnswer.pstRoot, g_astSipAccountFallBack, stAnswer.pstUser, stAnswer.stSite);
     return LOGIN_GO_ON;
 }
 
@@ -296,7 +285,7 @@ LoginVerdict ReadMainSiteName(LoginAnswer &stAnswer)
         ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_MISS, "Not Find the ecs main site");
         return LOGIN_GO_ON;
     }
-    const char *pcName = AttrOrNull(pstMainSite, "name");
+    const char *pcName = AtriumAttr(pstMainSite, "name");
     if (pcName != nullptr) {
         (void)qev_strcpy_s(stAnswer.acMainSiteName, sizeof(stAnswer.acMainSiteName), pcName);
     }
@@ -305,29 +294,32 @@ LoginVerdict ReadMainSiteName(LoginAnswer &stAnswer)
 
 /*
  * Parses the leading run of "site" children of servicetp into pstSites and returns the
- * index of the last one whose SSO host is pcOwnSiteHost (0 when none matches). A child
- * that is not a site is not stepped over: every remaining turn looks at it again, so it
- * ends the harvest. The login service relies on that.
+ * index of the last one whose SSO host is pcOwnSiteHost (0 when none matches). The first
+ * child that is not a site ends the harvest. The login service's harvest does not step
+ * over that child but looks at it again once for every child still to come, so its miss
+ * is traced that many times more; the login service's traces are kept as they are.
  */
 uint32_t HarvestLeadingSites(_NODE *pstServiceTp, Site *pstSites, const char *pcOwnSiteHost,
                              const AtriumCallSite &stSite)
 {
-    uint32_t uiChildNum = 0;
+    uint32_t uiChildrenLeft = 0;
     uint32_t uiParsed = 0;
     uint32_t uiOwnSite = 0;
 
-    (void)KTL_XML_GetNodeChildNum(pstServiceTp, &uiChildNum);
-    _NODE *pstChild = KTL_XML_GetNodeFirstChild(pstServiceTp);
-    for (uint32_t i = 0; i < uiChildNum && pstChild != nullptr; ++i) {
+    (void)KTL_XML_GetNodeChildNum(pstServiceTp, &uiChildrenLeft);
+    for (_NODE *pstChild : AtriumChildren(pstServiceTp)) {
         if (!IsSiteElement(pstChild, stSite)) {
-            continue;
+            for (uint32_t uiLook = 1; uiLook < uiChildrenLeft; ++uiLook) {
+                (void)IsSiteElement(pstChild, stSite);
+            }
+            break;
         }
         (void)XmlAtriumParseSite(pstChild, &pstSites[uiParsed], nullptr, 0);
         if (IsMatchingSite(pstChild, pcOwnSiteHost) != 0) {
             uiOwnSite = uiParsed;
         }
         ++uiParsed;
-        pstChild = KTL_XML_GetNodeNextSibling(pstChild);
+        --uiChildrenLeft;
     }
     return uiOwnSite;
 }
@@ -387,18 +379,17 @@ void StoreEncodedUri(char (&acField)[256], const char *pcUri)
 LoginVerdict ReadServers(LoginAnswer &stAnswer)
 {
     _NODE *pstList = nullptr;
-    if (KTL_XML_GetNodeByUrl(stAnswer.pstRoot, "UserInfo.serverList", &pstList) != 0 || pstList == nullptr) {
+    if (AtriumLookUp(stAnswer.pstRoot, ATRIUM_PATH("UserInfo.serverList"), &pstList) != 0) {
         return LOGIN_GO_ON;
     }
     UserRecord *pstUser = stAnswer.pstUser;
-    for (_NODE *pstServer = KTL_XML_GetNodeFirstChild(pstList); pstServer != nullptr;
-         pstServer = KTL_XML_GetNodeNextSibling(pstServer)) {
-        const char *pcName = AttrOrNull(pstServer, "name");
+    for (_NODE *pstServer : AtriumChildren(pstList)) {
+        const char *pcName = AtriumAttr(pstServer, "name");
         if (pcName == nullptr) {
             ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_ERROR, "pcName is null");
             return LOGIN_FAIL;
         }
-        const char *pcUri = AttrOrNull(pstServer, "uri");
+        const char *pcUri = AtriumAttr(pstServer, "uri");
         if (pcUri == nullptr) {
             ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_ERROR, "pcUri is null");
             return LOGIN_FAIL;
@@ -420,23 +411,25 @@ LoginVerdict ReadServers(LoginAnswer &stAnswer)
 LoginVerdict ReadUmsAccounts(LoginAnswer &stAnswer)
 {
     _NODE *pstUms = nullptr;
-    if (KTL_XML_GetNodeByUrl(stAnswer.pstRoot, "UserInfo.umsinfo", &pstUms) != 0 || pstUms == nullptr) {
+    if (AtriumLookUp(stAnswer.pstRoot, ATRIUM_PATH("UserInfo.umsinfo"), &pstUms) != 0) {
         return LOGIN_GO_ON;
     }
     uint32_t uiEntry = 0;
-    for (_NODE *pstAccount = KTL_XML_GetNodeFirstChild(pstUms); pstAccount != nullptr && uiEntry < UMS_INFO_MAX;
-         pstAccount = KTL_XML_GetNodeNextSibling(pstAccount)) {
-        const char *pcDn = AttrOrNull(pstAccount, "dn");
+    for (_NODE *pstAccount : AtriumChildren(pstUms)) {
+        if (uiEntry == UMS_INFO_MAX) {
+            break;
+        }
+        const char *pcDn = AtriumAttr(pstAccount, "dn");
         if (pcDn == nullptr) {
             ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_ERROR, "pcDn is null");
             return LOGIN_FAIL;
         }
-        const char *pcUmsAccount = AttrOrNull(pstAccount, "umsaccount");
+        const char *pcUmsAccount = AtriumAttr(pstAccount, "umsaccount");
         if (pcUmsAccount == nullptr) {
             ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_ERROR, "pcUmsAccount is null");
             return LOGIN_FAIL;
         }
-        char *pcPwd = AttrOrNull(pstAccount, "pwd");
+        char *pcPwd = AtriumAttr(pstAccount, "pwd");
         if (pcPwd == nullptr) {
             ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_ERROR, "pcPwd is null");
             return LOGIN_FAIL;
@@ -461,40 +454,40 @@ constexpr LoginStep g_astLoginSteps[] = {
     Key(KEY_EXPIRE_IN),
     Own(ReadExtraParms),
     Key(KEY_REAL_USER_ACCOUNT),
-    Key({"UserInfo.displayname", ATRIUM_FIELD(UserRecord, acDisplayName), AtriumConv::Text,
-         false, nullptr, 0, "get diplay name", false, 0}),
+    Key(ValueText("UserInfo.displayname", ATRIUM_FIELD(UserRecord, acDisplayName)).SayWhenPresent("get diplay name")),
     Own(ReadSipIdentity),
-    Key({"UserInfo.sipinfo.impi", ATRIUM_FIELD(UserRecord, acSipImpi), AtriumConv::Text,
-         false, "Not Find the sip impi", LOGIN_TRACE_MISS, nullptr, false, 0}),
-    Key({"UserInfo.sipinfo.short_number", ATRIUM_FIELD(UserRecord, acShortNumber), AtriumConv::Text,
-         false, "Not Find the sip short_number", LOGIN_TRACE_MISS, nullptr, false, 0}),
-    Key({"UserInfo.sipinfo.pwdtype", ATRIUM_FIELD(UserRecord, bPwdTypeZero), AtriumConv::ZeroFlag,
-         false, "Not Find the pwdtype", LOGIN_TRACE_MISS, nullptr, true, 0}),
-    Key({"UserInfo.sipinfo.passwd", ATRIUM_FIELD(UserRecord, acSipPassword), AtriumConv::Text,
-         false, "Not Find the sip passwd", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key(ValueText("UserInfo.sipinfo.impi", ATRIUM_FIELD(UserRecord, acSipImpi)).TracedMiss("Not Find the sip impi")),
+    Key(ValueText("UserInfo.sipinfo.short_number", ATRIUM_FIELD(UserRecord, acShortNumber))
+            .TracedMiss("Not Find the sip short_number")),
+    Key(ValueNumber("UserInfo.sipinfo.pwdtype", ATRIUM_FIELD(UserRecord, bPwdTypeZero), AtriumStore::ZeroFlag)
+            .TracedMiss("Not Find the pwdtype")
+            .DefaultOnMiss(0)),
+    Key(ValueText("UserInfo.sipinfo.passwd", ATRIUM_FIELD(UserRecord, acSipPassword))
+            .TracedMiss("Not Find the sip passwd")),
     /* the account's message, reused for the domain on purpose */
-    Key({"UserInfo.sipinfo.domain", ATRIUM_FIELD(UserRecord, acSipDomain), AtriumConv::Text,
-         false, "Not Find the sip account", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key(ValueText("UserInfo.sipinfo.domain", ATRIUM_FIELD(UserRecord, acSipDomain))
+            .TracedMiss("Not Find the sip account")),
     Own(ReadFuncType),
-    Key({"UserInfo.sipinfo.sname", ATRIUM_FIELD(UserRecord, acSname), AtriumConv::Text,
-         false, "Not Find the sip sname", LOGIN_TRACE_MISS, nullptr, false, 0}),
-    Key({"UserInfo.fileDockServiceType", ATRIUM_FIELD(UserRecord, acFileDockServiceType), AtriumConv::Text,
-         false, "Not Find the fileDockServiceType", LOGIN_TRACE_MISS, nullptr, false, 0}),
-    Key({"UserInfo.fileDockAppId", ATRIUM_FIELD(UserRecord, acFileDockAppId), AtriumConv::Text,
-         false, "Not Find the fileDockAppId", LOGIN_TRACE_MISS, nullptr, false, 0}),
-    Key({"UserInfo.fileDockServerAddr", ATRIUM_FIELD(UserRecord, acFileDockServerAddr), AtriumConv::Text,
-         false, "Not Find the fileDockServerAddr", LOGIN_TRACE_MISS, nullptr, false, 0}),
-    Key({"UserInfo.privacyVersion", ATRIUM_FIELD(UserRecord, acPrivacyVersion), AtriumConv::Text,
-         false, "Not Find the privacyVersion", LOGIN_TRACE_MISS, nullptr, false, 0}),
-    Key({"UserInfo.userType", ATRIUM_FIELD(UserRecord, bHasUserType), AtriumConv::PresentFlag,
-         false, "Not Find the user type", LOGIN_TRACE_MISS, nullptr, true, 0}),
+    Key(ValueText("UserInfo.sipinfo.sname", ATRIUM_FIELD(UserRecord, acSname)).TracedMiss("Not Find the sip sname")),
+    Key(ValueText("UserInfo.fileDockServiceType", ATRIUM_FIELD(UserRecord, acFileDockServiceType))
+            .TracedMiss("Not Find the fileDockServiceType")),
+    Key(ValueText("UserInfo.fileDockAppId", ATRIUM_FIELD(UserRecord, acFileDockAppId))
+            .TracedMiss("Not Find the fileDockAppId")),
+    Key(ValueText("UserInfo.fileDockServerAddr", ATRIUM_FIELD(UserRecord, acFileDockServerAddr))
+            .TracedMiss("Not Find the fileDockServerAddr")),
+    Key(ValueText("UserInfo.privacyVersion", ATRIUM_FIELD(UserRecord, acPrivacyVersion))
+            .TracedMiss("Not Find the privacyVersion")),
+    Key(ValueNumber("UserInfo.userType", ATRIUM_FIELD(UserRecord, bHasUserType), AtriumStore::PresentFlag)
+            .TracedMiss("Not Find the user type")
+            .DefaultOnMiss(0)),
     Own(ReadMainSiteName),
     Own(ReadSites),
-    Key({"UserInfo.DeployMode", ATRIUM_FIELD(UserRecord, uiDeployMode), AtriumConv::Strtoul,
-         false, "Not Find the DeployMode", LOGIN_TRACE_MISS, nullptr, false, 0}),
+    Key(ValueNumber("UserInfo.DeployMode", ATRIUM_FIELD(UserRecord, uiDeployMode))
+            .TracedMiss("Not Find the DeployMode")),
     /* deliberately a dump-level trace */
-    Key({"UserInfo.dataConf", ATRIUM_FIELD(UserRecord, uiDataConf), AtriumConv::Strtoul,
-         false, "Not Find the dataConf", LOGIN_TRACE_DUMP, nullptr, true, DATA_CONF_ABSENT}),
+    Key(ValueNumber("UserInfo.dataConf", ATRIUM_FIELD(UserRecord, uiDataConf))
+            .TracedMiss("Not Find the dataConf", LOGIN_TRACE_DUMP)
+            .DefaultOnMiss(DATA_CONF_ABSENT)),
     Key(KEY_FIRST_LOGIN),
     Key(KEY_PWD_EXPIRE_TIME),
     Own(ReadServers),
@@ -506,7 +499,7 @@ LoginVerdict RunLoginStep(const LoginStep &stStep, LoginAnswer &stAnswer)
     if (stStep.pfnOwn != nullptr) {
         return stStep.pfnOwn(stAnswer);
     }
-    if (AtriumReadValueKeys(stAnswer.pstRoot, &stStep.stKey, 1, stAnswer.pstUser, stAnswer.stSite) != 0) {
+    if (AtriumReadKeys(AtriumXmlSource{stAnswer.pstRoot}, &stStep.stKey, 1, stAnswer.pstUser, stAnswer.stSite) != 0) {
         return LOGIN_FAIL;
     }
     return LOGIN_GO_ON;
@@ -517,23 +510,22 @@ LoginVerdict RunLoginStep(const LoginStep &stStep, LoginAnswer &stAnswer)
 uint32_t XmlParseAtriumLoginResult(const char *pcXmlBody, const char *pcOwnSiteHost,
                                    tagLOGIN_S_ATRIUM_USER_INFO *pstUserInfo)
 {
-    _NODE *pstRoot = nullptr;
+    AtriumDocument stDocument;
 
-    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstUserInfo, LOGIN_OPENING, &pstRoot, ATRIUM_HERE);
+    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstUserInfo, LOGIN_OPENING, stDocument, ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
-    LoginAnswer stAnswer = {pstRoot, pcOwnSiteHost, pstUserInfo, {}, ATRIUM_HERE};
+    LoginAnswer stAnswer = {stDocument.Root(), pcOwnSiteHost, pstUserInfo, {}, ATRIUM_HERE};
     for (const LoginStep &stStep : g_astLoginSteps) {
         const LoginVerdict stVerdict = RunLoginStep(stStep, stAnswer);
         if (stVerdict.bStop) {
-            if (!stVerdict.bKeepDocument) {
-                KTL_XML_FreeNode(pstRoot);
+            if (stVerdict.bKeepUnreleased) {
+                stDocument.KeepUnreleased();
             }
             return stVerdict.uiRet;
         }
     }
-    KTL_XML_FreeNode(pstRoot);
     return 0;
 }
 
@@ -541,48 +533,21 @@ uint32_t XmlParseAtriumLoginResult(const char *pcXmlBody, const char *pcOwnSiteH
 
 namespace {
 
-/* A key of the server-list answer: the value is the element's attribute "val". */
-struct ValAttrKey {
-    AtriumPath stPath;
-    uint32_t uiOffset;
-    uint32_t uiCapacity;
-    AtriumConv eConv;          /* Text or ZeroFlag */
-    bool bAbsentDefault;       /* write uiAbsentDefault when the element is absent */
-    uint32_t uiAbsentDefault;
-};
-
-constexpr ValAttrKey g_astServerListKeys[] = {
-    {"servicetp.sipinfo.impu", ATRIUM_FIELD(UserRecord, acSipAccount), AtriumConv::Text, false, 0},
-    {"servicetp.sipinfo.impi", ATRIUM_FIELD(UserRecord, acSipImpi), AtriumConv::Text, false, 0},
-    {"servicetp.sipinfo.pwdtype", ATRIUM_FIELD(UserRecord, bPwdTypeZero), AtriumConv::ZeroFlag, true, 0},
-    {"servicetp.sipinfo.passwd", ATRIUM_FIELD(UserRecord, acSipPassword), AtriumConv::Text, false, 0},
-    {"servicetp.sipinfo.domain", ATRIUM_FIELD(UserRecord, acSipDomain), AtriumConv::Text, false, 0},
-};
-
-void ReadServerListKeys(_NODE *pstRoot, UserRecord *pstUser, const AtriumCallSite &stSite)
+/* The server-list answer carries each value in the attribute "val" of its element (an
+ * empty "val" is a value); an element without "val" leaves its field alone. */
+constexpr AtriumKey Val(const char *pcPath, uint32_t uiOffset, uint32_t uiCapacity,
+                        AtriumStore eStore = AtriumStore::Text)
 {
-    char *pcRecord = reinterpret_cast<char *>(pstUser);
-    for (const ValAttrKey &stKey : g_astServerListKeys) {
-        char *pcField = pcRecord + stKey.uiOffset;
-        _NODE *pstNode = AtriumFindElement(pstRoot, stKey.stPath, stSite);
-        if (pstNode == nullptr) {
-            if (stKey.bAbsentDefault) {
-                std::memcpy(pcField, &stKey.uiAbsentDefault, sizeof(stKey.uiAbsentDefault));
-            }
-            continue;
-        }
-        const char *pcVal = AttrOrNull(pstNode, "val");
-        if (pcVal == nullptr) {
-            continue;
-        }
-        if (stKey.eConv == AtriumConv::Text) {
-            (void)qev_strcpy_s(pcField, stKey.uiCapacity, pcVal);
-        } else {
-            const uint32_t uiZero = (KOSA_Strtoul(pcVal, nullptr, 0) == 0) ? 1u : 0u;
-            std::memcpy(pcField, &uiZero, sizeof(uiZero));
-        }
-    }
+    return AnyAttribute(pcPath, "val", uiOffset, uiCapacity, eStore);
 }
+
+constexpr AtriumKey g_astServerListKeys[] = {
+    Val("servicetp.sipinfo.impu", ATRIUM_FIELD(UserRecord, acSipAccount)),
+    Val("servicetp.sipinfo.impi", ATRIUM_FIELD(UserRecord, acSipImpi)),
+    Val("servicetp.sipinfo.pwdtype", ATRIUM_FIELD(UserRecord, bPwdTypeZero), AtriumStore::ZeroFlag).DefaultOnMiss(0),
+    Val("servicetp.sipinfo.passwd", ATRIUM_FIELD(UserRecord, acSipPassword)),
+    Val("servicetp.sipinfo.domain", ATRIUM_FIELD(UserRecord, acSipDomain)),
+};
 
 const int32_t FUNC_TYPE_ABSENT_SERVER_LIST = 5;
 
@@ -595,7 +560,7 @@ void ReadServerListFuncType(_NODE *pstRoot, UserRecord *pstUser, const AtriumCal
         ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_MISS, "Not Find the sip FuncType, set default 5");
         return;
     }
-    const char *pcVal = AttrOrNull(pstFuncType, "val");
+    const char *pcVal = AtriumAttr(pstFuncType, "val");
     if (pcVal != nullptr) {
         StoreFuncType(pcVal, &pstUser->iFuncType, stSite);
     }
@@ -605,17 +570,11 @@ void ReadServerListFuncType(_NODE *pstRoot, UserRecord *pstUser, const AtriumCal
 /* Parses every "site" child of servicetp into pstSites, stepping over other children. */
 void HarvestAllSites(_NODE *pstServiceTp, Site *pstSites, const AtriumCallSite &stSite)
 {
-    uint32_t uiChildNum = 0;
-    uint32_t uiParsed = 0;
-
-    (void)KTL_XML_GetNodeChildNum(pstServiceTp, &uiChildNum);
-    _NODE *pstChild = KTL_XML_GetNodeFirstChild(pstServiceTp);
-    for (uint32_t i = 0; i < uiChildNum && pstChild != nullptr; ++i) {
+    Site *pstNext = pstSites;
+    for (_NODE *pstChild : AtriumChildren(pstServiceTp)) {
         if (IsSiteElement(pstChild, stSite)) {
-            (void)XmlAtriumParseSite(pstChild, &pstSites[uiParsed], nullptr, 0);
-            ++uiParsed;
+            (void)XmlAtriumParseSite(pstChild, pstNext++, nullptr, 0);
         }
-        pstChild = KTL_XML_GetNodeNextSibling(pstChild);
     }
 }
 
@@ -626,13 +585,14 @@ const uint32_t SERVER_LIST_OWN_AND_MAIN_SITE = 0;
 
 uint32_t XmlParseAtriumGetServerListRst(const char *pcXmlBody, tagLOGIN_S_ATRIUM_USER_INFO *pstUserInfo)
 {
-    _NODE *pstRoot = nullptr;
+    AtriumDocument stDocument;
 
-    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstUserInfo, LOGIN_OPENING, &pstRoot, ATRIUM_HERE);
+    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstUserInfo, LOGIN_OPENING, stDocument, ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
-    ReadServerListKeys(pstRoot, pstUserInfo, ATRIUM_HERE);
+    _NODE *pstRoot = stDocument.Root();
+    (void)AtriumReadXmlKeys(pstRoot, g_astServerListKeys, pstUserInfo, ATRIUM_HERE);
     ReadServerListFuncType(pstRoot, pstUserInfo, ATRIUM_HERE);
 
     _NODE *pstServiceTp = AtriumFindElement(pstRoot, ATRIUM_PATH("servicetp"), ATRIUM_HERE);
@@ -640,56 +600,33 @@ uint32_t XmlParseAtriumGetServerListRst(const char *pcXmlBody, tagLOGIN_S_ATRIUM
     if (uiNumOfSite != 0) {
         Site *pstSites = NewSiteArray(uiNumOfSite, ATRIUM_HERE);
         if (pstSites == nullptr) {
-            KTL_XML_FreeNode(pstRoot);
             return RESULT_FAILED;
         }
         HarvestAllSites(pstServiceTp, pstSites, ATRIUM_HERE);
         HandOverSites(pstSites, uiNumOfSite, SERVER_LIST_OWN_AND_MAIN_SITE, SERVER_LIST_OWN_AND_MAIN_SITE,
                       pstUserInfo, ATRIUM_HERE);
     }
-    KTL_XML_FreeNode(pstRoot);
     return 0;
 }
 
 /* ---- search ------------------------------------------------------------------------ */
 
-namespace {
-
-/* "default" (exactly) names no portal. */
-bool IsUsableSearchSite(const AtriumSearchSite &stFound)
-{
-    return stFound.uiPriority != 0 && stFound.acUri[0] != '\0' && KOSA_StrCmp(stFound.acUri, "default") != 0;
-}
-
-} // namespace
-
 uint32_t XmlParseAtriumSearchResult(const char *pcXmlBody, tagLOGIN_S_ATRIUM_SEARCH_RESULT *pstResult)
 {
-    _NODE *pstRoot = nullptr;
+    AtriumDocument stDocument;
 
     /* No argument check: the login service never passes null here. */
     const uint32_t uiRet = AtriumParseAnswer(pcXmlBody, "atrium: KTL_XML_Parse failed errno=[0x%x]!",
-                                             ATRIUM_PARSE_CODE, &pstRoot, ATRIUM_HERE);
+                                             ATRIUM_PARSE_CODE, stDocument.RootSlot(), ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
-    _NODE *pstServiceTp = AtriumFindElement(pstRoot, ATRIUM_PATH("UserInfo.servicetp"), ATRIUM_HERE);
-    if (pstServiceTp != nullptr) {
-        /* Entries are appended after what the caller has; the record holds five. */
-        for (_NODE *pstChild = KTL_XML_GetNodeFirstChild(pstServiceTp);
-             pstChild != nullptr && pstResult->uiSiteNum < LOGIN_SEARCH_SITE_MAX;
-             pstChild = KTL_XML_GetNodeNextSibling(pstChild)) {
-            const AtriumSearchSite stFound = AtriumReadSearchSite(pstChild, ATRIUM_HERE);
-            if (IsUsableSearchSite(stFound)) {
-                const uint32_t uiEntry = pstResult->uiSiteNum;
-                pstResult->auiPriority[uiEntry] = stFound.uiPriority;
-                (void)qev_strcpy_s(pstResult->aacSiteUri[uiEntry], sizeof(pstResult->aacSiteUri[uiEntry]),
-                                   stFound.acUri);
-                pstResult->uiSiteNum = uiEntry + 1;
-            }
-        }
-    }
-    KTL_XML_FreeNode(pstRoot);
+    _NODE *pstServiceTp = AtriumFindElement(stDocument.Root(), ATRIUM_PATH("UserInfo.servicetp"), ATRIUM_HERE);
+    /* Entries are appended after what the caller has; a uri of exactly "default" names no
+     * portal. */
+    const AtriumSearchEntries stEntries = {&pstResult->uiSiteNum, pstResult->auiPriority, pstResult->aacSiteUri,
+                                           LOGIN_SEARCH_SITE_MAX};
+    AtriumCollectSearchSites(pstServiceTp, stEntries, "default", ATRIUM_HERE);
     return 0;
 }
 
@@ -703,44 +640,45 @@ constexpr char TOKEN_INFO_TOKEN_PATH[] = "UserInfo.LoginToken.AccessToken";
 constexpr char TOKEN_INFO_EXPIRE_PATH[] = "UserInfo.LoginToken.ExpireIn";
 
 /* Optional; a copy that fails leaves the field empty. */
-constexpr AtriumValueKey g_astTokenInfoAccountKeys[] = {
-    {"UserInfo.Account", ATRIUM_FIELD(TokenInfo, acAccount), AtriumConv::Text, false, nullptr, 0, nullptr, false, 0},
-    {"UserInfo.PWD", ATRIUM_FIELD(TokenInfo, acPassword), AtriumConv::Text, false, nullptr, 0, nullptr, false, 0},
+constexpr AtriumKey g_astTokenInfoAccountKeys[] = {
+    ValueText("UserInfo.Account", ATRIUM_FIELD(TokenInfo, acAccount)),
+    ValueText("UserInfo.PWD", ATRIUM_FIELD(TokenInfo, acPassword)),
 };
 
 } // namespace
 
 uint32_t XmlParseAtriumTokenInfo(const char *pcXmlBody, tagLOGIN_S_ATRIUM_TOKEN_INFO *pstTokenInfo)
 {
-    _NODE *pstRoot = nullptr;
+    AtriumDocument stDocument;
     _NODE *pstNode = nullptr;
     char *pcValue = nullptr;
 
     /* This answer's argument check is silent. */
     const AtriumOpening stOpening = {nullptr, "Parse XMLBody failed : %u !!", ATRIUM_PARSE_CODE};
-    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstTokenInfo, stOpening, &pstRoot, ATRIUM_HERE);
+    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstTokenInfo, stOpening, stDocument, ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
+    _NODE *pstRoot = stDocument.Root();
     uiRet = XML_D_GET_NODEVALUE_BYURI(pstRoot, TOKEN_INFO_TOKEN_PATH, &pstNode, &pcValue);
     if (pcValue == nullptr) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "XML_D_GET_NODEVALUE_BYURI failed : %s !!", TOKEN_INFO_TOKEN_PATH);
-        return uiRet; /* the document is kept on this path, as the login service knows it */
+        stDocument.KeepUnreleased(); /* the login service knows this exit without the release */
+        return uiRet;
     }
     const int iCopy = qev_strcpy_s(pstTokenInfo->acAccessToken, sizeof(pstTokenInfo->acAccessToken), pcValue);
     if (iCopy != 0) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "qev_strncpy_s failed : %u !!", static_cast<uint32_t>(iCopy));
-        KTL_XML_FreeNode(pstRoot);
         return static_cast<uint32_t>(iCopy);
     }
     uiRet = XML_D_GET_NODEVALUE_BYURI(pstRoot, TOKEN_INFO_EXPIRE_PATH, &pstNode, &pcValue);
     if (pcValue == nullptr) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Parse XMLBody failed : %s !!", TOKEN_INFO_EXPIRE_PATH);
-        return uiRet; /* the document is kept on this path, as the login service knows it */
+        stDocument.KeepUnreleased(); /* the login service knows this exit without the release */
+        return uiRet;
     }
     (void)KOSA_StrToInt32(pcValue, &pstTokenInfo->iExpireIn);
-    (void)AtriumReadValueKeys(pstRoot, g_astTokenInfoAccountKeys, pstTokenInfo, ATRIUM_HERE);
-    KTL_XML_FreeNode(pstRoot);
+    (void)AtriumReadXmlKeys(pstRoot, g_astTokenInfoAccountKeys, pstTokenInfo, ATRIUM_HERE);
     return 0;
 }
 
@@ -750,35 +688,13 @@ namespace {
 
 using RightConfig = tagLOGIN_S_ATRIUM_RIGHT_CONFIG;
 
-constexpr AtriumValueKey g_astRightConfigRetCode[] = {
-    {"root.retcode", ATRIUM_FIELD(RightConfig, uiRetCode), AtriumConv::Strtoul, false, nullptr, 0, nullptr, false, 0},
+/* The small fields; the texts are copied with a counted copy (value length + 1). */
+constexpr AtriumKey g_astRightConfigKeys[] = {
+    ValueNumber("root.retcode", ATRIUM_FIELD(RightConfig, uiRetCode)),
+    CountedText("root.devkey", ATRIUM_FIELD(RightConfig, acDevKey)),
+    CountedText("root.devtype", ATRIUM_FIELD(RightConfig, acDevType)),
+    CountedText("root.timestamp", ATRIUM_FIELD(RightConfig, acTimestamp)),
 };
-
-/* A text of the right configuration, copied with a counted copy (value length + 1). */
-struct CountedTextKey {
-    AtriumPath stPath;
-    uint32_t uiOffset;
-    uint32_t uiCapacity;
-};
-
-constexpr CountedTextKey g_astRightConfigTexts[] = {
-    {"root.devkey", ATRIUM_FIELD(RightConfig, acDevKey)},
-    {"root.devtype", ATRIUM_FIELD(RightConfig, acDevType)},
-    {"root.timestamp", ATRIUM_FIELD(RightConfig, acTimestamp)},
-};
-
-void ReadCountedTexts(_NODE *pstRoot, RightConfig *pstConfig, const AtriumCallSite &stSite)
-{
-    char *pcRecord = reinterpret_cast<char *>(pstConfig);
-    for (const CountedTextKey &stKey : g_astRightConfigTexts) {
-        _NODE *pstNode = nullptr;
-        char *pcValue = nullptr;
-        (void)AtriumGetNodeValueByUri(pstRoot, stKey.stPath, &pstNode, &pcValue, stSite);
-        if (pcValue != nullptr) {
-            (void)qev_strncpy_s(pcRecord + stKey.uiOffset, stKey.uiCapacity, pcValue, KOSA_StrLen(pcValue) + 1);
-        }
-    }
-}
 
 const uint32_t PROFILE_FILE_MODE = 0766;
 
@@ -803,34 +719,31 @@ uint32_t XmlSaveAtriumXmlBody(const char *pcText, const char *pcFileName)
 uint32_t XmlParseAtriumRightConfig(const char *pcXmlBody, const char *pcFileName,
                                    tagLOGIN_S_ATRIUM_RIGHT_CONFIG *pstConfigResult)
 {
-    _NODE *pstRoot = nullptr;
+    AtriumDocument stDocument;
     _NODE *pstNode = nullptr;
     char *pcProfile = nullptr;
 
     const AtriumOpening stOpening = {"atrium: pcXmlBody or pstConfigResult is null",
                                      "atrium: Parse XMLBody failed : %d !!", ATRIUM_PARSE_CODE};
-    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstConfigResult, stOpening, &pstRoot, ATRIUM_HERE);
+    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstConfigResult, stOpening, stDocument, ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
-    (void)AtriumReadValueKeys(pstRoot, g_astRightConfigRetCode, pstConfigResult, ATRIUM_HERE);
-    ReadCountedTexts(pstRoot, pstConfigResult, ATRIUM_HERE);
+    (void)AtriumReadXmlKeys(stDocument.Root(), g_astRightConfigKeys, pstConfigResult, ATRIUM_HERE);
     /* A refusal (or a caller's non-zero code when the answer has none) carries no profile. */
     if (pstConfigResult->uiRetCode != 0) {
-        KTL_XML_FreeNode(pstRoot);
         return 0;
     }
-    uiRet = XML_D_GET_NODEVALUE_BYURI(pstRoot, "root.profile", &pstNode, &pcProfile);
+    uiRet = XML_D_GET_NODEVALUE_BYURI(stDocument.Root(), "root.profile", &pstNode, &pcProfile);
     if (pcProfile == nullptr) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: GetNodeByUrl Profile failed ulRet[0x%x]", uiRet);
-        KTL_XML_FreeNode(pstRoot);
         return uiRet;
     }
     uiRet = XmlSaveAtriumXmlBody(pcProfile, pcFileName);
     if (uiRet == 0) {
-        return 0; /* the document is kept on this path, as the login service knows it */
+        stDocument.KeepUnreleased(); /* the login service knows this exit without the release */
+        return 0;
     }
     ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: XmlBody save failed, ulRet[0x%x]", uiRet);
-    KTL_XML_FreeNode(pstRoot);
     return uiRet;
 }

@@ -10,7 +10,8 @@
  *
  * The unified-call and linked-phone services speak JSON through JsonCpp. Their answers are
  * read with Json::Reader into a Json::Value and copied member by member into the caller's
- * record through member tables (one table per JSON object); the builders fill a
+ * record through tables of the frame's key rows (one table per JSON object), read by the
+ * frame's key loop with a JSON object as their source; the builders fill a
  * Json::Value from a record, render it with toStyledString and hand the text over in a
  * zero-filled block of the module's memory. JsonCpp's exceptions are not caught: every
  * JsonCpp object is a local that unwinds with them, and a body block is allocated only
@@ -28,25 +29,6 @@
 /* ---- SOAP endpoint-message reply --------------------------------------------------- */
 
 namespace {
-
-/* Releases the SOAP reply's document on every way out of the parser. */
-class SoapDocument {
-public:
-    SoapDocument() = default;
-    ~SoapDocument()
-    {
-        if (m_pstRoot != nullptr) {
-            KTL_XML_FreeNode(m_pstRoot);
-        }
-    }
-    SoapDocument(const SoapDocument &) = delete;
-    SoapDocument &operator=(const SoapDocument &) = delete;
-    _NODE **RootSlot() { return &m_pstRoot; }
-    _NODE *Root() const { return m_pstRoot; }
-
-private:
-    _NODE *m_pstRoot = nullptr;
-};
 
 /* Exact equality with the configured namespace URI. The lengths are compared first so that
  * the comparison over the URI's length and terminator never reads past a shorter
@@ -71,14 +53,14 @@ uint32_t XmlGetSoapBodyNode(const char *pcXmlBody, uint32_t /* uiLen: not used *
     if (uiRet != 0) {
         return uiRet;
     }
-    uiRet = KTL_XML_GetNodeByUrl(*ppstRoot, "Envelope", ppstEnvelope);
+    uiRet = AtriumLookUp(*ppstRoot, ATRIUM_PATH("Envelope"), ppstEnvelope);
     if (uiRet != 0 || *ppstEnvelope == nullptr) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "GetEndPointMessageJson: get node [Soap:Envelope] failed errno=[0x%x]!",
                      uiRet);
         return uiRet;
     }
     /* From the root, not from the envelope: the path names the envelope itself first. */
-    uiRet = KTL_XML_GetNodeByUrl(*ppstRoot, "Envelope.Body", ppstBody);
+    uiRet = AtriumLookUp(*ppstRoot, ATRIUM_PATH("Envelope.Body"), ppstBody);
     if (uiRet != 0 || *ppstBody == nullptr) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "GetEndPointMessageJson: get node [Soap:Body] failed errno=[0x%x]!", uiRet);
         return uiRet;
@@ -115,7 +97,7 @@ void XmlGetStringValueByKeyFromJson(const char *pcKey, const char *pcJson, char 
 
 uint32_t XmlParseGetSiteInfoResult(const char *pcXmlBody, tagLOGIN_S_ENDPOINT_MSG_RESULT *pstResult)
 {
-    SoapDocument stDocument;
+    AtriumDocument stDocument;
     _NODE *pstEnvelope = nullptr;
     _NODE *pstBody = nullptr;
     _NODE *pstResponse = nullptr;
@@ -128,7 +110,7 @@ uint32_t XmlParseGetSiteInfoResult(const char *pcXmlBody, tagLOGIN_S_ENDPOINT_MS
     if (uiRet != 0 || stDocument.Root() == nullptr || pstEnvelope == nullptr || pstBody == nullptr) {
         return uiRet;
     }
-    uiRet = KTL_XML_GetNodeByUrl(pstBody, "Body.GetEndPointMessageJsonResponse", &pstResponse);
+    uiRet = AtriumLookUp(pstBody, ATRIUM_PATH("Body.GetEndPointMessageJsonResponse"), &pstResponse);
     if (uiRet != 0 || pstResponse == nullptr) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR,
                      "GetEndPointMessageJson: get node [GetEndPointMessageJsonResponse] failed errno=[0x%x]!", uiRet);
@@ -143,8 +125,8 @@ uint32_t XmlParseGetSiteInfoResult(const char *pcXmlBody, tagLOGIN_S_ENDPOINT_MS
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "illeqal Response");
         return 1;
     }
-    uiRet = KTL_XML_GetNodeByUrl(pstResponse, "GetEndPointMessageJsonResponse.GetEndPointMessageJsonResult",
-                                 &pstResultNode);
+    uiRet = AtriumLookUp(pstResponse, ATRIUM_PATH("GetEndPointMessageJsonResponse.GetEndPointMessageJsonResult"),
+                         &pstResultNode);
     if (uiRet != 0 || pstResultNode == nullptr) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR,
                      "GetEndPointMessageJson: get node [GetEndPointMessageJsonResult] failed errno=[0x%x]!", uiRet);
@@ -182,60 +164,45 @@ uint32_t XmlParseGetSiteInfoResult(const char *pcXmlBody, tagLOGIN_S_ENDPOINT_MS
 
 namespace {
 
-/* How a JSON member maps to a record field. */
-enum class JsonKind : uint8_t {
-    Text,  /* string <-> char field of uiCapacity bytes (qev_strcpy_s when read) */
-    UInt,  /* unsigned number <-> uint32_t (asUInt when read) */
-    Bool,  /* read with asBool into a uint32_t as 1 or 0 */
-};
-
 /* Result of a JSON parser for text that JsonCpp cannot read. */
 const uint32_t JSON_TEXT_NOT_JSON = 46;
 
-/* One member of a JSON object and the record field it fills or is built from. */
-struct JsonMember {
-    const char *pcName;
-    uint32_t uiOffset;
-    uint32_t uiCapacity;
-    JsonKind eKind;
+/* The members of one JSON object, the source of a key table's values. A member of another
+ * type than its row makes JsonCpp throw; rows read before it stay written. */
+struct JsonObjectSource {
+    const Json::Value &stObject;
+
+    AtriumFound Find(const AtriumKey &stKey, AtriumValue &stValue, const AtriumCallSite &) const
+    {
+        const Json::Value &stMember = stObject[stKey.pcName];
+        if (stMember.isNull()) {
+            return AtriumFound::Missing;
+        }
+        if (stKey.eStore == AtriumStore::Text) {
+            stValue.pcText = stMember.asCString();
+        } else {
+            stValue.uiWord = (stKey.eStore == AtriumStore::JsonNumber) ? stMember.asUInt() : (stMember.asBool() ? 1u : 0u);
+        }
+        return AtriumFound::Present;
+    }
 };
 
 /* Copies the members of stObject that are present and not null into the record, in table
- * order. A member of another type than its row makes JsonCpp throw; rows read before it
- * stay written. */
+ * order (nothing is traced: these answers have no miss messages). */
 template <size_t N>
-void ReadJsonMembers(const Json::Value &stObject, const JsonMember (&astMembers)[N], void *pvRecord)
+void ReadJsonMembers(const Json::Value &stObject, const AtriumKey (&astMembers)[N], void *pvRecord)
 {
-    for (const JsonMember &stMember : astMembers) {
-        const Json::Value &stValue = stObject[stMember.pcName];
-        if (stValue.isNull()) {
-            continue;
-        }
-        char *pcField = static_cast<char *>(pvRecord) + stMember.uiOffset;
-        uint32_t uiWord = 0;
-        switch (stMember.eKind) {
-        case JsonKind::Text:
-            (void)qev_strcpy_s(pcField, stMember.uiCapacity, stValue.asCString());
-            continue;
-        case JsonKind::UInt:
-            uiWord = stValue.asUInt();
-            break;
-        case JsonKind::Bool:
-            uiWord = stValue.asBool() ? 1u : 0u;
-            break;
-        }
-        std::memcpy(pcField, &uiWord, sizeof(uiWord));
-    }
+    (void)AtriumReadKeys(JsonObjectSource{stObject}, astMembers, pvRecord, ATRIUM_HERE);
 }
 
 /* Writes every row of the table into stObject: text fields as strings, the others as
  * unsigned numbers. */
 template <size_t N>
-void WriteJsonMembers(Json::Value &stObject, const JsonMember (&astMembers)[N], const void *pvRecord)
+void WriteJsonMembers(Json::Value &stObject, const AtriumKey (&astMembers)[N], const void *pvRecord)
 {
-    for (const JsonMember &stMember : astMembers) {
+    for (const AtriumKey &stMember : astMembers) {
         const char *pcField = static_cast<const char *>(pvRecord) + stMember.uiOffset;
-        if (stMember.eKind == JsonKind::Text) {
+        if (stMember.eStore == AtriumStore::Text) {
             stObject[stMember.pcName] = Json::Value(pcField);
             continue;
         }
@@ -288,31 +255,31 @@ using UniCallCfg = tagLOGIN_S_UNICALL_CFG;
 using UniCallBean = tagLOGIN_S_UNICALL_BEAN;
 
 /* Members of the answer's "data" object (the builder writes only some of them). */
-const JsonMember g_astUniCallDataMembers[] = {
-    {"operate", ATRIUM_FIELD(UniCallCfg, uiOperate), JsonKind::UInt},
-    {"srvtype", ATRIUM_FIELD(UniCallCfg, uiSrvType), JsonKind::UInt},
-    {"dspnum", ATRIUM_FIELD(UniCallCfg, acDspNum), JsonKind::Text},
-    {"errorCode", ATRIUM_FIELD(UniCallCfg, acErrorCode), JsonKind::Text},
-    {"showCallerNum", ATRIUM_FIELD(UniCallCfg, uiShowCallerNum), JsonKind::UInt},
+constexpr AtriumKey g_astUniCallDataMembers[] = {
+    JsonMember("operate", ATRIUM_FIELD(UniCallCfg, uiOperate), AtriumStore::JsonNumber),
+    JsonMember("srvtype", ATRIUM_FIELD(UniCallCfg, uiSrvType), AtriumStore::JsonNumber),
+    JsonMember("dspnum", ATRIUM_FIELD(UniCallCfg, acDspNum)),
+    JsonMember("errorCode", ATRIUM_FIELD(UniCallCfg, acErrorCode)),
+    JsonMember("showCallerNum", ATRIUM_FIELD(UniCallCfg, uiShowCallerNum), AtriumStore::JsonNumber),
 };
 
 /* Plain members of one rule, both directions. */
-const JsonMember g_astUniCallBeanMembers[] = {
-    {"ruleid", ATRIUM_FIELD(UniCallBean, acRuleId), JsonKind::Text},
-    {"calleeIndex", ATRIUM_FIELD(UniCallBean, uiCalleeIndex), JsonKind::UInt},
-    {"rtype", ATRIUM_FIELD(UniCallBean, uiRType), JsonKind::UInt},
-    {"operateType", ATRIUM_FIELD(UniCallBean, uiOperateType), JsonKind::UInt},
+constexpr AtriumKey g_astUniCallBeanMembers[] = {
+    JsonMember("ruleid", ATRIUM_FIELD(UniCallBean, acRuleId)),
+    JsonMember("calleeIndex", ATRIUM_FIELD(UniCallBean, uiCalleeIndex), AtriumStore::JsonNumber),
+    JsonMember("rtype", ATRIUM_FIELD(UniCallBean, uiRType), AtriumStore::JsonNumber),
+    JsonMember("operateType", ATRIUM_FIELD(UniCallBean, uiOperateType), AtriumStore::JsonNumber),
 };
 
 /* Members of a rule's "timeInfo" object, both directions. */
-const JsonMember g_astUniCallTimeMembers[] = {
-    {"allTime", ATRIUM_FIELD(UniCallBean, uiAllTime), JsonKind::UInt},
-    {"cycleType", ATRIUM_FIELD(UniCallBean, uiCycleType), JsonKind::UInt},
-    {"startDate", ATRIUM_FIELD(UniCallBean, acStartDate), JsonKind::Text},
-    {"endDate", ATRIUM_FIELD(UniCallBean, acEndDate), JsonKind::Text},
-    {"dayInWeek", ATRIUM_FIELD(UniCallBean, acDayInWeek), JsonKind::Text},
-    {"startTime", ATRIUM_FIELD(UniCallBean, acStartTime), JsonKind::Text},
-    {"endTime", ATRIUM_FIELD(UniCallBean, acEndTime), JsonKind::Text},
+constexpr AtriumKey g_astUniCallTimeMembers[] = {
+    JsonMember("allTime", ATRIUM_FIELD(UniCallBean, uiAllTime), AtriumStore::JsonNumber),
+    JsonMember("cycleType", ATRIUM_FIELD(UniCallBean, uiCycleType), AtriumStore::JsonNumber),
+    JsonMember("startDate", ATRIUM_FIELD(UniCallBean, acStartDate)),
+    JsonMember("endDate", ATRIUM_FIELD(UniCallBean, acEndDate)),
+    JsonMember("dayInWeek", ATRIUM_FIELD(UniCallBean, acDayInWeek)),
+    JsonMember("startTime", ATRIUM_FIELD(UniCallBean, acStartTime)),
+    JsonMember("endTime", ATRIUM_FIELD(UniCallBean, acEndTime)),
 };
 
 /* Unreadable text also marks the record: return code 1 beside the parser's 46. */
@@ -425,10 +392,10 @@ namespace {
 using LinkedPhone = tagLOGIN_S_LINKED_PHONE;
 
 /* Members of one identity in the answer ("active" is a boolean there). */
-const JsonMember g_astLinkedPhoneMembers[] = {
-    {"impu", ATRIUM_FIELD(LinkedPhone, acImpu), JsonKind::Text},
-    {"active", ATRIUM_FIELD(LinkedPhone, uiActive), JsonKind::Bool},
-    {"linkedPhone", ATRIUM_FIELD(LinkedPhone, acLinkedPhone), JsonKind::Text},
+constexpr AtriumKey g_astLinkedPhoneMembers[] = {
+    JsonMember("impu", ATRIUM_FIELD(LinkedPhone, acImpu)),
+    JsonMember("active", ATRIUM_FIELD(LinkedPhone, uiActive), AtriumStore::JsonBoolean),
+    JsonMember("linkedPhone", ATRIUM_FIELD(LinkedPhone, acLinkedPhone)),
 };
 
 /* The service refuses to list 30 identities or more: 29 is the most an answer may hold. */

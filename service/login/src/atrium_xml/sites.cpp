@@ -6,9 +6,9 @@
  * zero-filled site array and parses each site (XmlAtriumParseSite). A site's
  * "accessserver" children become group records (XmlAtriumParseAccessServer, with the
  * nested "stggroup" through XmlAtriumParseStgInfo). Almost every group field is one
- * attribute of one child element, so each record is described by an attribute-key table
- * that one routine runs; a few addresses are host names rewritten to address lists
- * through the login service's resolver (XmlAtriumGetIpFromDomain).
+ * attribute of one child element, so each record is described by a table of the frame's
+ * key rows that the frame's loop reads; a few addresses are host names rewritten to
+ * address lists through the login service's resolver (XmlAtriumGetIpFromDomain).
  *
  * Selection: from the parsed array the caller builds the selected site (getSiteInfo): a
  * copy of its own site holding at most three randomly drawn groups per site, own site
@@ -21,6 +21,7 @@
  */
 #include "atrium_frame.h"
 
+#include <array>
 #include <cstring>
 
 namespace {
@@ -37,36 +38,17 @@ using Group = tagLOGIN_S_ACCESS_SERVER;
 using StgGroup = tagLOGIN_S_STG_GROUP;
 using Site = tagLOGIN_S_SITE;
 
-/* ---- attribute keys ------------------------------------------------------------------ */
-
-/* How a found attribute reaches its field. */
-enum class AttrStore : uint8_t {
-    Copy,      /* qev_strcpy_s with the field's capacity */
-    Resolve,   /* XmlAtriumGetIpFromDomain into the field; its result is not looked at */
-};
-
-/* One row of an attribute-key table: the element, its attribute and the field it fills. */
-struct AttrKey {
-    AtriumPath stPath;         /* dotted path from the start node */
-    const char *pcAttr;
-    uint32_t uiOffset;         /* field offset in the record */
-    uint32_t uiCapacity;       /* field capacity */
-    AttrStore eStore;
-    const char *pcAfterFormat; /* level-2 trace of the field ("%s") after the row, or null */
-};
+/* ---- key tables ---------------------------------------------------------------------- */
 
 /* Attribute pcName of a node when present and not empty, else null. */
 const char *NonEmptyAttr(_NODE *pstNode, const char *pcName)
 {
-    char *pcAttr = nullptr;
-    if (KTL_XML_GetAttr(pstNode, 0, pcName, &pcAttr) != 0 || pcAttr == nullptr || pcAttr[0] == '\0') {
-        return nullptr;
-    }
-    return pcAttr;
+    const char *pcAttr = AtriumAttr(pstNode, pcName);
+    return (pcAttr == nullptr || pcAttr[0] == '\0') ? nullptr : pcAttr;
 }
 
-/* Attribute pcName of the element at stPath: the element is looked up with the per-key
- * step, and its attribute read whatever its value read gave. */
+/* Attribute pcName of the element at stPath, when not empty: the element is looked up with
+ * the per-key step, and its attribute read whatever its value read gave. */
 const char *FoundAttr(_NODE *pstStart, const AtriumPath &stPath, const char *pcName, const AtriumCallSite &stSite)
 {
     _NODE *pstNode = AtriumFindElement(pstStart, stPath, stSite);
@@ -80,109 +62,98 @@ void CopyText(char *pcField, uint32_t uiCapacity, const char *pcText)
     }
 }
 
-/* "isactive" switches a flag on only when it is exactly "true"; anything else leaves it. */
-void SetFlagWhenActive(_NODE *pstNode, uint32_t *puiFlag)
+/* Attribute "uri" of the element at pcPath into the record field; the other builders name
+ * their attribute. */
+constexpr AtriumKey Uri(const char *pcPath, uint32_t uiOffset, uint32_t uiCapacity)
 {
-    const char *pcActive = NonEmptyAttr(pstNode, "isactive");
-    if (pcActive != nullptr && KOSA_StrCmp(pcActive, "true") == 0) {
-        *puiFlag = 1;
-    }
+    return AttributeText(pcPath, "uri", uiOffset, uiCapacity);
 }
 
-void ReadAttrKeys(_NODE *pstStart, const AttrKey *pstKeys, size_t uiCount, void *pvRecord,
-                  const AtriumCallSite &stSite)
+/* The same, a host name rewritten to the list of its addresses (XmlAtriumGetIpFromDomain). */
+constexpr AtriumKey ResolvedUri(const char *pcPath, uint32_t uiOffset, uint32_t uiCapacity)
 {
-    char *pcRecord = static_cast<char *>(pvRecord);
-    for (size_t i = 0; i < uiCount; ++i) {
-        const AttrKey &stKey = pstKeys[i];
-        char *pcField = pcRecord + stKey.uiOffset;
-        const char *pcAttr = FoundAttr(pstStart, stKey.stPath, stKey.pcAttr, stSite);
-        if (pcAttr != nullptr) {
-            if (stKey.eStore == AttrStore::Resolve) {
-                (void)XmlAtriumGetIpFromDomain(pcField, stKey.uiCapacity, pcAttr);
-            } else {
-                (void)qev_strcpy_s(pcField, stKey.uiCapacity, pcAttr);
-            }
-        }
-        if (stKey.pcAfterFormat != nullptr) {
-            ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_PROGRESS, stKey.pcAfterFormat, pcField);
-        }
-    }
+    return AttributeText(pcPath, "uri", uiOffset, uiCapacity, AtriumStore::Address);
 }
 
-template <size_t N>
-void ReadAttrKeys(_NODE *pstStart, const AttrKey (&astKeys)[N], void *pvRecord,
-                  const AtriumCallSite &stSite)
-{
-    ReadAttrKeys(pstStart, astKeys, N, pvRecord, stSite);
-}
+static_assert(LOGIN_MEDIA_SERVER_NUM == 8, "eight paths per numbered list below");
 
-/* The "uri" of the eight numbered elements astPaths name (a list's path followed by the
- * number 1 .. 8) into aacUri; the count is fixed, a missing element is traced and skipped, a
- * ninth is never read. */
-void ReadNumberedUris(_NODE *pstStart, const AtriumPath (&astPaths)[LOGIN_MEDIA_SERVER_NUM], char (*aacUri)[256],
-                      const AtriumCallSite &stSite)
-{
-    for (uint32_t i = 0; i < LOGIN_MEDIA_SERVER_NUM; ++i) {
-        CopyText(aacUri[i], sizeof(aacUri[i]), FoundAttr(pstStart, astPaths[i], "uri", stSite));
-    }
-}
-
-static_assert(LOGIN_MEDIA_SERVER_NUM == 8, "one path per numbered element below");
-
-constexpr AtriumPath g_astMsPaths[LOGIN_MEDIA_SERVER_NUM] = {
-    "accessserver.msgroup.ms1", "accessserver.msgroup.ms2", "accessserver.msgroup.ms3", "accessserver.msgroup.ms4",
-    "accessserver.msgroup.ms5", "accessserver.msgroup.ms6", "accessserver.msgroup.ms7", "accessserver.msgroup.ms8",
+constexpr AtriumKey g_astStgKeys[] = {
+    Uri("stggroup.stg", ATRIUM_FIELD(StgGroup, acStgUri)),
+    AttributeText("stggroup.auth", "account", ATRIUM_FIELD(StgGroup, acAuthAccount)),
+    AttributeText("stggroup.auth", "pwd", ATRIUM_FIELD(StgGroup, acAuthPwd)),
+    Uri("stggroup.sipstg", ATRIUM_FIELD(StgGroup, acSipStgUri)),
+    ResolvedUri("stggroup.eserverstg", ATRIUM_FIELD(StgGroup, acEserverStgAddr)),
+    ResolvedUri("stggroup.eserverstg1", ATRIUM_FIELD(StgGroup, acEserverStg1Addr)),
+    Uri("stggroup.maastg", ATRIUM_FIELD(StgGroup, acMaaStgUri)),
+    Uri("stggroup.maastg1", ATRIUM_FIELD(StgGroup, acMaaStg1Uri)),
 };
 
-constexpr AtriumPath g_astMsStgPaths[LOGIN_MEDIA_SERVER_NUM] = {
+/* The group's addresses before its STG group, in lookup order (the order of the traces). */
+constexpr AtriumKey g_astAccessServerKeys[] = {
+    Uri("accessserver.sip", ATRIUM_FIELD(Group, acSipUri)),
+    Uri("accessserver.svn", ATRIUM_FIELD(Group, acSvnUri)),
+    Uri("accessserver.httpsproxy", ATRIUM_FIELD(Group, acHttpsProxyUri)),
+    ResolvedUri("accessserver.eserver", ATRIUM_FIELD(Group, acEserverAddr)),
+    ResolvedUri("accessserver.eserver1", ATRIUM_FIELD(Group, acEserver1Addr)),
+    Uri("accessserver.conf", ATRIUM_FIELD(Group, acConfUri)),
+    AttributeText("accessserver.conf_type", "cmstype", ATRIUM_FIELD(Group, acConfType)),
+    Uri("accessserver.maa", ATRIUM_FIELD(Group, acMaaUri)),
+    Uri("accessserver.maa1", ATRIUM_FIELD(Group, acMaa1Uri)),
+    ResolvedUri("accessserver.maaproxy", ATRIUM_FIELD(Group, acMaaProxyAddr)).SayAfter("mmaproxy : %s"),
+    ResolvedUri("accessserver.maadrproxy", ATRIUM_FIELD(Group, acMaaDrProxyAddr)),
+    Uri("accessserver.androidpush", ATRIUM_FIELD(Group, acAndroidPushUri)),
+    Uri("accessserver.msparam", ATRIUM_FIELD(Group, acMsParamUri)),
+    Uri("accessserver.msparampath", ATRIUM_FIELD(Group, acMsParamPathUri)),
+    Uri("accessserver.eab", ATRIUM_FIELD(Group, acEabUri)),
+    Uri("accessserver.prophoto", ATRIUM_FIELD(Group, acProPhotoUri)),
+    Uri("accessserver.tmstr069", ATRIUM_FIELD(Group, acTmsTr069Uri)),
+    Uri("accessserver.eua", ATRIUM_FIELD(Group, acEuaUri)).SayAfter("eua_uri:%s"),
+};
+
+/* The "uri" of eight numbered elements into the eight entries of an array of texts; the
+ * count is fixed, a missing element is traced and skipped, a ninth is never read. */
+constexpr std::array<AtriumKey, LOGIN_MEDIA_SERVER_NUM>
+NumberedUris(const char *const (&apcPaths)[LOGIN_MEDIA_SERVER_NUM], uint32_t uiOffset, uint32_t uiEntrySize)
+{
+    std::array<AtriumKey, LOGIN_MEDIA_SERVER_NUM> astKeys{};
+    for (uint32_t i = 0; i < LOGIN_MEDIA_SERVER_NUM; ++i) {
+        astKeys[i] = Uri(apcPaths[i], uiOffset + i * uiEntrySize, uiEntrySize);
+    }
+    return astKeys;
+}
+
+constexpr const char *g_apcMsStgPaths[] = {
     "stggroup.msstggroup.msstg1", "stggroup.msstggroup.msstg2", "stggroup.msstggroup.msstg3",
     "stggroup.msstggroup.msstg4", "stggroup.msstggroup.msstg5", "stggroup.msstggroup.msstg6",
     "stggroup.msstggroup.msstg7", "stggroup.msstggroup.msstg8",
 };
+constexpr auto g_astMsStgKeys = NumberedUris(g_apcMsStgPaths, ATRIUM_FIELD_AT(StgGroup, aacMsStgUri, 0));
 
-constexpr AttrKey g_astStgKeys[] = {
-    {"stggroup.stg", "uri", ATRIUM_FIELD(StgGroup, acStgUri), AttrStore::Copy, nullptr},
-    {"stggroup.auth", "account", ATRIUM_FIELD(StgGroup, acAuthAccount), AttrStore::Copy, nullptr},
-    {"stggroup.auth", "pwd", ATRIUM_FIELD(StgGroup, acAuthPwd), AttrStore::Copy, nullptr},
-    {"stggroup.sipstg", "uri", ATRIUM_FIELD(StgGroup, acSipStgUri), AttrStore::Copy, nullptr},
-    {"stggroup.eserverstg", "uri", ATRIUM_FIELD(StgGroup, acEserverStgAddr), AttrStore::Resolve, nullptr},
-    {"stggroup.eserverstg1", "uri", ATRIUM_FIELD(StgGroup, acEserverStg1Addr), AttrStore::Resolve, nullptr},
-    {"stggroup.maastg", "uri", ATRIUM_FIELD(StgGroup, acMaaStgUri), AttrStore::Copy, nullptr},
-    {"stggroup.maastg1", "uri", ATRIUM_FIELD(StgGroup, acMaaStg1Uri), AttrStore::Copy, nullptr},
+/* The group's media servers, read after its STG group. */
+constexpr const char *g_apcMsPaths[] = {
+    "accessserver.msgroup.ms1", "accessserver.msgroup.ms2", "accessserver.msgroup.ms3", "accessserver.msgroup.ms4",
+    "accessserver.msgroup.ms5", "accessserver.msgroup.ms6", "accessserver.msgroup.ms7", "accessserver.msgroup.ms8",
+};
+constexpr auto g_astMediaServerKeys = NumberedUris(g_apcMsPaths, ATRIUM_FIELD_AT(Group, aacMsUri, 0));
+
+
+/* "isactive" switches the SRTP flag on only when it is exactly "true"; read after siptls. */
+constexpr AtriumKey g_astSrtpKeys[] = {
+    AttributeText("accessserver.srtp", "isactive", ATRIUM_FIELD(Group, uiSrtpActive), AtriumStore::TrueFlag),
 };
 
-/* In lookup order, which is also the order of the trace lines. */
-constexpr AttrKey g_astAccessServerKeys[] = {
-    {"accessserver.sip", "uri", ATRIUM_FIELD(Group, acSipUri), AttrStore::Copy, nullptr},
-    {"accessserver.svn", "uri", ATRIUM_FIELD(Group, acSvnUri), AttrStore::Copy, nullptr},
-    {"accessserver.httpsproxy", "uri", ATRIUM_FIELD(Group, acHttpsProxyUri), AttrStore::Copy, nullptr},
-    {"accessserver.eserver", "uri", ATRIUM_FIELD(Group, acEserverAddr), AttrStore::Resolve, nullptr},
-    {"accessserver.eserver1", "uri", ATRIUM_FIELD(Group, acEserver1Addr), AttrStore::Resolve, nullptr},
-    {"accessserver.conf", "uri", ATRIUM_FIELD(Group, acConfUri), AttrStore::Copy, nullptr},
-    {"accessserver.conf_type", "cmstype", ATRIUM_FIELD(Group, acConfType), AttrStore::Copy, nullptr},
-    {"accessserver.maa", "uri", ATRIUM_FIELD(Group, acMaaUri), AttrStore::Copy, nullptr},
-    {"accessserver.maa1", "uri", ATRIUM_FIELD(Group, acMaa1Uri), AttrStore::Copy, nullptr},
-    {"accessserver.maaproxy", "uri", ATRIUM_FIELD(Group, acMaaProxyAddr), AttrStore::Resolve, "mmaproxy : %s"},
-    {"accessserver.maadrproxy", "uri", ATRIUM_FIELD(Group, acMaaDrProxyAddr), AttrStore::Resolve, nullptr},
-    {"accessserver.androidpush", "uri", ATRIUM_FIELD(Group, acAndroidPushUri), AttrStore::Copy, nullptr},
-    {"accessserver.msparam", "uri", ATRIUM_FIELD(Group, acMsParamUri), AttrStore::Copy, nullptr},
-    {"accessserver.msparampath", "uri", ATRIUM_FIELD(Group, acMsParamPathUri), AttrStore::Copy, nullptr},
-    {"accessserver.eab", "uri", ATRIUM_FIELD(Group, acEabUri), AttrStore::Copy, nullptr},
-    {"accessserver.prophoto", "uri", ATRIUM_FIELD(Group, acProPhotoUri), AttrStore::Copy, nullptr},
-    {"accessserver.tmstr069", "uri", ATRIUM_FIELD(Group, acTmsTr069Uri), AttrStore::Copy, nullptr},
-    {"accessserver.eua", "uri", ATRIUM_FIELD(Group, acEuaUri), AttrStore::Copy, "eua_uri:%s"},
-};
-
-/* The TLS address of a group is carried by the element that follows "siptls", not by
- * siptls itself: the server lists it that way. */
+/* The TLS flag as "isactive" sets it, and the TLS address, which the element that follows
+ * "siptls" carries, not siptls itself: the server lists it that way. */
 void ReadSipTls(_NODE *pstNode, Group *pstServer, const AtriumCallSite &stSite)
 {
     _NODE *pstSipTls = AtriumFindElement(pstNode, ATRIUM_PATH("accessserver.siptls"), stSite);
     if (pstSipTls == nullptr) {
         return;
     }
-    SetFlagWhenActive(pstSipTls, &pstServer->uiSipTlsActive);
+    const char *pcActive = NonEmptyAttr(pstSipTls, "isactive");
+    if (pcActive != nullptr && KOSA_StrCmp(pcActive, "true") == 0) {
+        pstServer->uiSipTlsActive = 1;
+    }
     _NODE *pstFollowing = KTL_XML_GetNodeNextSibling(pstSipTls);
     if (pstFollowing != nullptr) {
         CopyText(pstServer->acSipTlsUri, sizeof(pstServer->acSipTlsUri), NonEmptyAttr(pstFollowing, "uri"));
@@ -214,14 +185,13 @@ T *AllocZeroedArray(uint64_t ulCount)
  * first group that has one keeps it. */
 void ParseSiteGroups(_NODE *pstGroupList, Site *pstSite, char *pcAtriumAddr, uint32_t uiAtriumAddrLen)
 {
-    _NODE *pstChild = KTL_XML_GetNodeFirstChild(pstGroupList);
-    for (uint32_t i = 0; i < pstSite->uiNumOfAccessServer && pstChild != nullptr; ++i) {
+    Group *pstGroup = pstSite->pstAccessServer;
+    for (_NODE *pstChild : AtriumChildren(pstGroupList)) {
         const bool bWantAtrium = pcAtriumAddr != nullptr && KOSA_StrLen(pcAtriumAddr) == 0;
-        (void)XmlAtriumParseAccessServer(pstChild, &pstSite->pstAccessServer[i],
-                                         bWantAtrium ? pcAtriumAddr : nullptr,
+        (void)XmlAtriumParseAccessServer(pstChild, pstGroup, bWantAtrium ? pcAtriumAddr : nullptr,
                                          bWantAtrium ? uiAtriumAddrLen : 0);
-        pstSite->pstAccessServer[i].uiPriority = pstSite->uiPriority;
-        pstChild = KTL_XML_GetNodeNextSibling(pstChild);
+        pstGroup->uiPriority = pstSite->uiPriority;
+        ++pstGroup;
     }
 }
 
@@ -321,8 +291,8 @@ uint32_t XmlAtriumParseStgInfo(_NODE *pstNode, tagLOGIN_S_STG_GROUP *pstStg)
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "XmlAtriumParseStgInfo failed param is null\n");
         return 2;
     }
-    ReadAttrKeys(pstNode, g_astStgKeys, pstStg, ATRIUM_HERE);
-    ReadNumberedUris(pstNode, g_astMsStgPaths, pstStg->aacMsStgUri, ATRIUM_HERE);
+    (void)AtriumReadXmlKeys(pstNode, g_astStgKeys, pstStg, ATRIUM_HERE);
+    (void)AtriumReadXmlKeys(pstNode, g_astMsStgKeys, pstStg, ATRIUM_HERE);
     return 0;
 }
 
@@ -334,19 +304,15 @@ uint32_t XmlAtriumParseAccessServer(_NODE *pstNode, tagLOGIN_S_ACCESS_SERVER *ps
         return 2;
     }
     CopyText(pstServer->acName, sizeof(pstServer->acName), NonEmptyAttr(pstNode, "name"));
-    ReadAttrKeys(pstNode, g_astAccessServerKeys, pstServer, ATRIUM_HERE);
+    (void)AtriumReadXmlKeys(pstNode, g_astAccessServerKeys, pstServer, ATRIUM_HERE);
 
     _NODE *pstStg = AtriumFindElement(pstNode, ATRIUM_PATH("accessserver.stggroup"), ATRIUM_HERE);
     if (pstStg != nullptr && XmlAtriumParseStgInfo(pstStg, &pstServer->stStgGroup) != 0) {
         ATRIUM_TRACE(LOGIN_TRACE_MISS, "parse stg info error");
     }
-    ReadNumberedUris(pstNode, g_astMsPaths, pstServer->aacMsUri, ATRIUM_HERE);
+    (void)AtriumReadXmlKeys(pstNode, g_astMediaServerKeys, pstServer, ATRIUM_HERE);
     ReadSipTls(pstNode, pstServer, ATRIUM_HERE);
-
-    _NODE *pstSrtp = AtriumFindElement(pstNode, ATRIUM_PATH("accessserver.srtp"), ATRIUM_HERE);
-    if (pstSrtp != nullptr) {
-        SetFlagWhenActive(pstSrtp, &pstServer->uiSrtpActive);
-    }
+    (void)AtriumReadXmlKeys(pstNode, g_astSrtpKeys, pstServer, ATRIUM_HERE);
     if (pcAtriumAddr != nullptr) {
         CopyText(pcAtriumAddr, uiAtriumAddrLen,
                  FoundAttr(pstNode, ATRIUM_PATH("accessserver.atrium"), "uri", ATRIUM_HERE));
@@ -358,16 +324,11 @@ uint32_t XmlAtriumParseAccessServer(_NODE *pstNode, tagLOGIN_S_ACCESS_SERVER *ps
 
 uint32_t GetSiteNumber(_NODE *pstNode)
 {
-    uint32_t uiChildren = 0;
     uint32_t uiSites = 0;
-
-    (void)KTL_XML_GetNodeChildNum(pstNode, &uiChildren);
-    _NODE *pstChild = KTL_XML_GetNodeFirstChild(pstNode);
-    for (uint32_t i = 0; i < uiChildren && pstChild != nullptr; ++i) {
+    for (_NODE *pstChild : AtriumChildren(pstNode)) {
         if (AtriumFindElement(pstChild, ATRIUM_PATH("site"), ATRIUM_HERE) != nullptr) {
             ++uiSites;
         }
-        pstChild = KTL_XML_GetNodeNextSibling(pstChild);
     }
     return uiSites;
 }
