@@ -401,6 +401,22 @@ uint32_t AtriumReadXmlKeys(_NODE *pstStart, const std::array<AtriumKey, N> &astK
     return AtriumReadKeys(AtriumXmlSource{pstStart}, astKeys.data(), N, pvRecord, stSite);
 }
 
+/*
+ * A parser that is one key table: opens the answer (AtriumOpenAnswer), reads the table
+ * from its root and releases it. Returns the opening's failure, or the table's result.
+ */
+template <size_t N>
+uint32_t AtriumParseKeyTable(const char *pcBody, void *pvRecord, const AtriumOpening &stOpening,
+                             const AtriumKey (&astKeys)[N], const AtriumCallSite &stSite)
+{
+    AtriumDocument stDocument;
+    const uint32_t uiRet = AtriumOpenAnswer(pcBody, pvRecord, stOpening, stDocument, stSite);
+    if (uiRet != 0) {
+        return uiRet;
+    }
+    return AtriumReadXmlKeys(stDocument.Root(), astKeys, pvRecord, stSite);
+}
+
 /* ---- search answers ------------------------------------------------------------------ */
 
 /* A search record's entries: the count (also the next entry's index) and the parallel

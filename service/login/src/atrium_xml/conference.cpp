@@ -375,6 +375,25 @@ constexpr AtriumKey g_astRandomKeys[] = {
 /* Any server error that has no code of its own in the login service. */
 const uint32_t TANDEM_RET_SERVER_ERROR = 11;
 
+/* How the guest's random-key and SIP answers open. */
+const AtriumOpening GUEST_OPENING = {"Tandem: Conf Login Parse xmlBody pointer empty!",
+                                     "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!", ATRIUM_PARSE_CODE};
+
+/* The error code a guest answer carries at stPath in place of its payload, converted; false
+ * when it carries none (no element, or one without text). */
+bool TandemServerErrorCode(_NODE *pstRoot, const AtriumPath &stPath, uint32_t *puiErrorCode,
+                           const AtriumCallSite &stSite)
+{
+    _NODE *pstNode = nullptr;
+    char *pcValue = nullptr;
+    (void)AtriumGetNodeValueByUri(pstRoot, stPath, &pstNode, &pcValue, stSite);
+    if (pcValue == nullptr) {
+        return false;
+    }
+    *puiErrorCode = KOSA_Strtoul(pcValue, nullptr, 0);
+    return true;
+}
+
 /* The login service's codes for the server's errors; 404 shares code 2 with a null argument
  * and 11028/11029 map in reverse order, as the login service expects them. */
 const struct {
@@ -399,23 +418,17 @@ uint32_t XmlParseTandemRandomErrorcode(uint32_t uiErrorCode)
 uint32_t XmlParseTandemRandomResult(const char *pcXmlBody, tagXML_S_TANDEM_RANDOM_RESULT *pstRandomResult)
 {
     AtriumDocument stDocument;
-    _NODE *pstNode = nullptr;
-    char *pcValue = nullptr;
-
-    const AtriumOpening stOpening = {"Tandem: Conf Login Parse xmlBody pointer empty!",
-                                     "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!", ATRIUM_PARSE_CODE};
-    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstRandomResult, stOpening, stDocument, ATRIUM_HERE);
+    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstRandomResult, GUEST_OPENING, stDocument, ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
-    (void)XML_D_GET_NODEVALUE_BYURI(stDocument.Root(), "confinfo.errorCode", &pstNode, &pcValue);
-    if (pcValue != nullptr) {
-        const uint32_t uiErrorCode = KOSA_Strtoul(pcValue, nullptr, 0);
-        if (uiErrorCode != 0) {
-            ATRIUM_TRACE(LOGIN_TRACE_MISS, "Find errorcode(%u),get tempuser siteurl fail", uiErrorCode);
-            stDocument.KeepUnreleased(); /* the login service knows this exit without the release */
-            return XmlParseTandemRandomErrorcode(uiErrorCode);
-        }
+    /* An error code of 0 is no error: the answer goes on. */
+    uint32_t uiErrorCode = 0;
+    if (TandemServerErrorCode(stDocument.Root(), ATRIUM_PATH("confinfo.errorCode"), &uiErrorCode, ATRIUM_HERE) &&
+        uiErrorCode != 0) {
+        ATRIUM_TRACE(LOGIN_TRACE_MISS, "Find errorcode(%u),get tempuser siteurl fail", uiErrorCode);
+        stDocument.KeepUnreleased(); /* the login service knows this exit without the release */
+        return XmlParseTandemRandomErrorcode(uiErrorCode);
     }
     return AtriumReadXmlKeys(stDocument.Root(), g_astRandomKeys, pstRandomResult, ATRIUM_HERE);
 }
@@ -537,19 +550,13 @@ const uint32_t TANDEM_SERVER_NOT_FOUND = 404;
 uint32_t XmlParseTandemTempuserSipInfo(const char *pcXmlBody, tagXML_S_TANDEM_TEMPUSER_INFO *pstTempUser)
 {
     AtriumDocument stDocument;
-    _NODE *pstNode = nullptr;
-    char *pcValue = nullptr;
-
-    const AtriumOpening stOpening = {"Tandem: Conf Login Parse xmlBody pointer empty!",
-                                     "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!", ATRIUM_PARSE_CODE};
-    uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstTempUser, stOpening, stDocument, ATRIUM_HERE);
+    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstTempUser, GUEST_OPENING, stDocument, ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
     /* Any error code refuses the guest, "0" included: its presence decides, not its value. */
-    (void)XML_D_GET_NODEVALUE_BYURI(stDocument.Root(), "ConfParam.errorCode", &pstNode, &pcValue);
-    if (pcValue != nullptr) {
-        const uint32_t uiErrorCode = KOSA_Strtoul(pcValue, nullptr, 0);
+    uint32_t uiErrorCode = 0;
+    if (TandemServerErrorCode(stDocument.Root(), ATRIUM_PATH("ConfParam.errorCode"), &uiErrorCode, ATRIUM_HERE)) {
         ATRIUM_TRACE(LOGIN_TRACE_MISS, "Find errorcode(%u),get tempuser fail", uiErrorCode);
         stDocument.KeepUnreleased(); /* the login service knows this exit without the release */
         return (uiErrorCode == TANDEM_SERVER_NOT_FOUND) ? TANDEM_RET_TEMPUSER_NOT_FOUND : TANDEM_RET_SERVER_ERROR;
@@ -584,16 +591,10 @@ constexpr AtriumKey g_astTempuserShortConfKeys[] = {
 
 uint32_t XmlParseTempuserConfInfo(const char *pcXmlBody, tagXML_S_TANDEM_TEMPUSER_INFO *pstTempUser)
 {
-    AtriumDocument stDocument;
-
+    /* Every key is optional, so the table's result is the opening's. */
     const AtriumOpening stOpening = {"CMS:Conf Login Parse xmlBody pointer empty!",
                                      "Conf Login KTL_XML_Parse failed errno=[0x%x]!", TANDEM_RET_NOT_XML};
-    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstTempUser, stOpening, stDocument, ATRIUM_HERE);
-    if (uiRet != 0) {
-        return uiRet;
-    }
-    (void)AtriumReadXmlKeys(stDocument.Root(), g_astTempuserConfKeys, pstTempUser, ATRIUM_HERE);
-    return 0;
+    return AtriumParseKeyTable(pcXmlBody, pstTempUser, stOpening, g_astTempuserConfKeys, ATRIUM_HERE);
 }
 
 uint32_t XmlParseBigParamConfInfo(const char *pcXmlBody, tagXML_S_TANDEM_TEMPUSER_INFO *pstTempUser)
@@ -636,16 +637,10 @@ constexpr AtriumKey g_astTempuserAccountKeys[] = {
 
 uint32_t XmlParseTempuserAccountInfo(const char *pcXmlBody, tagXML_S_TEMPUSER_ACCOUNT_INFO *pstAccount)
 {
-    AtriumDocument stDocument;
-
+    /* Every key is optional, so the table's result is the opening's. */
     const AtriumOpening stOpening = {"CMS: Conf Login Parse xmlBody pointer empty!",
                                      "Conf Login KTL_XML_Parse failed errno=[0x%x]!", TANDEM_RET_NOT_XML};
-    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstAccount, stOpening, stDocument, ATRIUM_HERE);
-    if (uiRet != 0) {
-        return uiRet;
-    }
-    (void)AtriumReadXmlKeys(stDocument.Root(), g_astTempuserAccountKeys, pstAccount, ATRIUM_HERE);
-    return 0;
+    return AtriumParseKeyTable(pcXmlBody, pstAccount, stOpening, g_astTempuserAccountKeys, ATRIUM_HERE);
 }
 
 /* ---- guest nearby-access block ----------------------------------------------------- */

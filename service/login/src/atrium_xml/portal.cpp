@@ -126,17 +126,11 @@ const uint32_t ATRIUM_DEPLOY_MODE_AUTH_TOKEN = 3;
 
 uint32_t XmlParseAtriumAuthToken(const char *pcXmlBody, tagLOGIN_S_ATRIUM_USER_INFO *pstUserInfo)
 {
-    AtriumDocument stDocument;
-
-    const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstUserInfo, LOGIN_OPENING, stDocument, ATRIUM_HERE);
-    if (uiRet != 0) {
-        return uiRet;
+    const uint32_t uiRet = AtriumParseKeyTable(pcXmlBody, pstUserInfo, LOGIN_OPENING, g_astAuthTokenKeys, ATRIUM_HERE);
+    if (uiRet == 0) {
+        pstUserInfo->uiDeployMode = ATRIUM_DEPLOY_MODE_AUTH_TOKEN;
     }
-    if (AtriumReadXmlKeys(stDocument.Root(), g_astAuthTokenKeys, pstUserInfo, ATRIUM_HERE) != 0) {
-        return RESULT_FAILED;
-    }
-    pstUserInfo->uiDeployMode = ATRIUM_DEPLOY_MODE_AUTH_TOKEN;
-    return 0;
+    return uiRet;
 }
 
 /* ---- login ------------------------------------------------------------------------- */
