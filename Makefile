@@ -6,6 +6,7 @@
 #                 benchmarks' checks (bench-check)
 #   make asan     only the sanitizer build and its tests
 #   make demo     build, then decode the bundled sample answers
+#   make expected regenerate the inspector's expected outputs after a deliberate change
 #   make format   clang-format the lines changed since HEAD
 #   make tidy     clang-tidy over the module and platform sources
 #   make clean    remove the build directories
@@ -44,6 +45,13 @@ demo: build
 	@echo
 	@$(BUILD)/tools/atrium-xml parse portal-login --format text --host sso-sz.corp.example \
 	  examples/answers/portal-login-two-sites.xml
+
+# Regenerates the inspector's expected outputs (tests/tool/expected/) from the built tool,
+# after a deliberate change of what it prints (a new key, a new field); review the
+# difference with git diff before committing it.
+.PHONY: expected
+expected: build
+	cd $(BUILD) && ATRIUM_XML_UPDATE_EXPECTED=1 ctest -R '^tool\.' --output-on-failure
 
 # Formats the lines changed since HEAD (key tables are laid out by hand, row per key, and
 # a whole-file run would stretch them to one value per line).

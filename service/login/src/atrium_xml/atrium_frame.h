@@ -18,6 +18,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <vector>
 
 #include "atrium_xml.h"
 #include "ktl_xml_path.h"
@@ -415,6 +416,39 @@ uint32_t AtriumParseKeyTable(const char *pcBody, void *pvRecord, const AtriumOpe
         return uiRet;
     }
     return AtriumReadXmlKeys(stDocument.Root(), astKeys, pvRecord, stSite);
+}
+
+/* ---- the module's key tables, for those who describe them ------------------------------ */
+
+/* A key table as the inspector and the tests see it: which parser reads it, which record its
+ * offsets point into (the C type's name), and its rows. */
+struct AtriumKeyTable {
+    const char *pcParser;
+    const char *pcRecord;
+    const AtriumKey *pstKeys;
+    size_t uiCount;
+
+    const AtriumKey *begin() const { return pstKeys; }
+    const AtriumKey *end() const { return pstKeys + uiCount; }
+};
+
+/* Every key table of the module (each file lists its own). */
+std::vector<AtriumKeyTable> AtriumKeyTables();
+std::vector<AtriumKeyTable> AtriumSiteKeyTables();
+std::vector<AtriumKeyTable> AtriumPortalKeyTables();
+std::vector<AtriumKeyTable> AtriumConferenceKeyTables();
+std::vector<AtriumKeyTable> AtriumServiceKeyTables();
+
+template <size_t N>
+AtriumKeyTable AtriumTable(const char *pcParser, const char *pcRecord, const AtriumKey (&astKeys)[N])
+{
+    return AtriumKeyTable{pcParser, pcRecord, astKeys, N};
+}
+
+template <size_t N>
+AtriumKeyTable AtriumTable(const char *pcParser, const char *pcRecord, const std::array<AtriumKey, N> &astKeys)
+{
+    return AtriumKeyTable{pcParser, pcRecord, astKeys.data(), N};
 }
 
 /* ---- search answers ------------------------------------------------------------------ */

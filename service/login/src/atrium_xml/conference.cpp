@@ -686,3 +686,22 @@ uint32_t XmlParseGetServiceTPFromRandom(const char *pcXmlBody, char **ppcService
     KTL_BASE64Free(&pcDecoded);
     return 0;
 }
+
+/* ---- key tables, for those who describe them ----------------------------------------- */
+
+std::vector<AtriumKeyTable> AtriumConferenceKeyTables()
+{
+    return {
+        AtriumTable("XmlParseTandmLoginResult", "tagXML_S_TANDEM_RESULT", g_astResultKeys),
+        AtriumTable("XmlParseTandmLoginResult", "tagXML_S_TANDEM_PROFILE", g_astProfileKeys),
+        AtriumTable("XmlParseTandmLoginResult", "tagXML_S_TANDEM_SIP", g_astSipKeys),
+        AtriumTable("XmlParseTandmLoginResult", "tagXML_S_TANDEM_EUA", g_astEuaKeys),
+        AtriumTable("XmlParseTandmLoginResult", "tagXML_S_TANDEM_STG", g_astStgKeys),
+        AtriumTable("XmlParseTandmLoginResult", "tagXML_S_TANDEM_TMS", g_astTmsKeys),
+        AtriumTable("XmlParseTandemRandomResult", "tagXML_S_TANDEM_RANDOM_RESULT", g_astRandomKeys),
+        AtriumTable("XmlParseTandemTempuserSipInfo", "tagXML_S_TANDEM_TEMPUSER_INFO", g_astTempuserSipKeys),
+        AtriumTable("XmlParseTempuserConfInfo", "tagXML_S_TANDEM_TEMPUSER_INFO", g_astTempuserConfKeys),
+        AtriumTable("XmlParseBigParamConfInfo", "tagXML_S_TANDEM_TEMPUSER_INFO", g_astTempuserShortConfKeys),
+        AtriumTable("XmlParseTempuserAccountInfo", "tagXML_S_TEMPUSER_ACCOUNT_INFO", g_astTempuserAccountKeys),
+    };
+}

@@ -168,3 +168,13 @@ AtriumFound AtriumXmlSource::Find(const AtriumKey &stKey, AtriumValue &stValue, 
     stValue.pcText = pcAttr;
     return AtriumFound::Present;
 }
+
+std::vector<AtriumKeyTable> AtriumKeyTables()
+{
+    std::vector<AtriumKeyTable> vecAll;
+    for (const auto &vecFile : {AtriumSiteKeyTables(), AtriumPortalKeyTables(), AtriumConferenceKeyTables(),
+                                AtriumServiceKeyTables()}) {
+        vecAll.insert(vecAll.end(), vecFile.begin(), vecFile.end());
+    }
+    return vecAll;
+}

@@ -741,3 +741,38 @@ uint32_t XmlParseAtriumRightConfig(const char *pcXmlBody, const char *pcFileName
     ATRIUM_TRACE(LOGIN_TRACE_ERROR, "atrium: XmlBody save failed, ulRet[0x%x]", uiRet);
     return uiRet;
 }
+
+/* ---- key tables, for those who describe them ----------------------------------------- */
+
+namespace {
+
+/* The login answer's plain keys, taken from its steps in step order. */
+const std::vector<AtriumKey> &LoginKeys()
+{
+    static const std::vector<AtriumKey> s_vecKeys = [] {
+        std::vector<AtriumKey> vecKeys;
+        for (const LoginStep &stStep : g_astLoginSteps) {
+            if (stStep.pfnOwn == nullptr) {
+                vecKeys.push_back(stStep.stKey);
+            }
+        }
+        return vecKeys;
+    }();
+    return s_vecKeys;
+}
+
+} // namespace
+
+std::vector<AtriumKeyTable> AtriumPortalKeyTables()
+{
+    const std::vector<AtriumKey> &vecLoginKeys = LoginKeys();
+    return {
+        AtriumTable("XmlParseAtriumAuthToken", "tagLOGIN_S_ATRIUM_USER_INFO", g_astAuthTokenKeys),
+        AtriumKeyTable{"XmlParseAtriumLoginResult", "tagLOGIN_S_ATRIUM_USER_INFO", vecLoginKeys.data(),
+                       vecLoginKeys.size()},
+        AtriumTable("XmlParseAtriumLoginResult", "tagLOGIN_S_ATRIUM_USER_INFO", g_astSipAccountFallBack),
+        AtriumTable("XmlParseAtriumGetServerListRst", "tagLOGIN_S_ATRIUM_USER_INFO", g_astServerListKeys),
+        AtriumTable("XmlParseAtriumTokenInfo", "tagLOGIN_S_ATRIUM_TOKEN_INFO", g_astTokenInfoAccountKeys),
+        AtriumTable("XmlParseAtriumRightConfig", "tagLOGIN_S_ATRIUM_RIGHT_CONFIG", g_astRightConfigKeys),
+    };
+}

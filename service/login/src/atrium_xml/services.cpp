@@ -470,3 +470,15 @@ uint32_t JsonBuildGetLinkedPhoneInfoBody(tagLOGIN_S_LINKED_PHONE_INFO *pstInfo, 
     stRoot["impuList"] = stImpus;
     return HandOverJsonBody(stRoot, ppcBody, puiLen, LINKED_PHONE_GET_NO_MEMORY, ATRIUM_HERE);
 }
+
+/* ---- key tables, for those who describe them ----------------------------------------- */
+
+std::vector<AtriumKeyTable> AtriumServiceKeyTables()
+{
+    return {
+        AtriumTable("JsonParseUniCallCfgResult", "tagLOGIN_S_UNICALL_CFG", g_astUniCallDataMembers),
+        AtriumTable("JsonParseUniCallCfgResult", "tagLOGIN_S_UNICALL_BEAN", g_astUniCallBeanMembers),
+        AtriumTable("JsonParseUniCallCfgResult", "tagLOGIN_S_UNICALL_BEAN", g_astUniCallTimeMembers),
+        AtriumTable("JsonParseLinkedPhoneResult", "tagLOGIN_S_LINKED_PHONE", g_astLinkedPhoneMembers),
+    };
+}

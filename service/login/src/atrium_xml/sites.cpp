@@ -562,3 +562,16 @@ uint32_t getAllSipServer(tagLOGIN_S_SITE *pstSites, uint32_t uiNumOfSite, tagLOG
     }
     return 0;
 }
+
+/* ---- key tables, for those who describe them ----------------------------------------- */
+
+std::vector<AtriumKeyTable> AtriumSiteKeyTables()
+{
+    return {
+        AtriumTable("XmlAtriumParseStgInfo", "tagLOGIN_S_STG_GROUP", g_astStgKeys),
+        AtriumTable("XmlAtriumParseStgInfo", "tagLOGIN_S_STG_GROUP", g_astMsStgKeys),
+        AtriumTable("XmlAtriumParseAccessServer", "tagLOGIN_S_ACCESS_SERVER", g_astAccessServerKeys),
+        AtriumTable("XmlAtriumParseAccessServer", "tagLOGIN_S_ACCESS_SERVER", g_astMediaServerKeys),
+        AtriumTable("XmlAtriumParseAccessServer", "tagLOGIN_S_ACCESS_SERVER", g_astSrtpKeys),
+    };
+}
