@@ -115,88 +115,57 @@ constexpr AtriumKey g_astTmsKeys[] = {
 
 /* ---- conference login -------------------------------------------------------------- */
 
-/* The five sub-parsers of the conference-client block share one null-argument message. */
-#define TANDEM_CONF_CLIENT_NULL_MESSAGE "Tandem: Parse ConfClient Pointer empty!\n"
+/*
+ * The sub-parsers fill one sub-record each, from the element the answer keeps it under. They
+ * are given a found element and a member of the caller's record, never null, so of their
+ * results only the result block's can tell anything: a missing code or description.
+ */
 
 static uint32_t XmlTandemParseResult(_NODE *pstNode, tagXML_S_TANDEM_RESULT *pstResult)
 {
-    if (pstNode == nullptr || pstResult == nullptr) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Tandem: Parse Result Pointer empty!\n");
-        return 2;
-    }
     return AtriumReadXmlKeys(pstNode, g_astResultKeys, pstResult, ATRIUM_HERE);
 }
 
-static uint32_t XmlTandemParseProfile(_NODE *pstNode, tagXML_S_TANDEM_PROFILE *pstProfile)
+static void XmlTandemParseProfile(_NODE *pstNode, tagXML_S_TANDEM_PROFILE *pstProfile)
 {
-    if (pstNode == nullptr || pstProfile == nullptr) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Tandem: Parse Profile Pointer empty!\n");
-        return 2;
-    }
     (void)AtriumReadXmlKeys(pstNode, g_astProfileKeys, pstProfile, ATRIUM_HERE);
-    return 0;
 }
 
-static uint32_t XmlTandemParseSip(_NODE *pstNode, tagXML_S_TANDEM_SIP *pstSip)
+static void XmlTandemParseSip(_NODE *pstNode, tagXML_S_TANDEM_SIP *pstSip)
 {
-    if (pstNode == nullptr || pstSip == nullptr) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, TANDEM_CONF_CLIENT_NULL_MESSAGE);
-        return 2;
-    }
     (void)AtriumReadXmlKeys(pstNode, g_astSipKeys, pstSip, ATRIUM_HERE);
-    return 0;
 }
 
-static uint32_t XmlTandemParseEua(_NODE *pstNode, tagXML_S_TANDEM_EUA *pstEua)
+static void XmlTandemParseEua(_NODE *pstNode, tagXML_S_TANDEM_EUA *pstEua)
 {
-    if (pstNode == nullptr || pstEua == nullptr) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, TANDEM_CONF_CLIENT_NULL_MESSAGE);
-        return 2;
-    }
     TandemReadAddressList(pstNode, ATRIUM_PATH("conferenceClientInfo.euaInfo.address"), "address",
                           ListLimit(pstEua->acAddress), &pstEua->uiAddressNum, pstEua->acAddress, ATRIUM_HERE);
     (void)AtriumReadXmlKeys(pstNode, g_astEuaKeys, pstEua, ATRIUM_HERE);
-    return 0;
 }
 
-static uint32_t XmlTandemParseStg(_NODE *pstNode, tagXML_S_TANDEM_STG *pstStg)
+static void XmlTandemParseStg(_NODE *pstNode, tagXML_S_TANDEM_STG *pstStg)
 {
-    if (pstNode == nullptr || pstStg == nullptr) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, TANDEM_CONF_CLIENT_NULL_MESSAGE);
-        return 2;
-    }
     (void)AtriumReadXmlKeys(pstNode, g_astStgKeys, pstStg, ATRIUM_HERE);
     TandemReadAddressList(pstNode, ATRIUM_PATH("conferenceClientInfo.stgInfo.stgAddress"), "stgAddress",
                           ListLimit(pstStg->acStgAddress), &pstStg->uiStgNum, pstStg->acStgAddress, ATRIUM_HERE);
     TandemReadAddressList(pstNode, ATRIUM_PATH("conferenceClientInfo.stgInfo.sbcInnerAddress"), "sbcInnerAddress",
                           ListLimit(pstStg->acSbcInnerAddress), &pstStg->uiSbcNum, pstStg->acSbcInnerAddress,
                           ATRIUM_HERE);
-    return 0;
 }
 
-static uint32_t XmlTandemParseTms(_NODE *pstNode, tagXML_S_TANDEM_TMS *pstTms)
+static void XmlTandemParseTms(_NODE *pstNode, tagXML_S_TANDEM_TMS *pstTms)
 {
-    if (pstNode == nullptr || pstTms == nullptr) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, TANDEM_CONF_CLIENT_NULL_MESSAGE);
-        return 2;
-    }
     (void)AtriumReadXmlKeys(pstNode, g_astTmsKeys, pstTms, ATRIUM_HERE);
     TandemReadAddressList(pstNode, ATRIUM_PATH("conferenceClientInfo.tmsInfo.address"), "address",
                           ListLimit(pstTms->acAddress), &pstTms->uiTmsNum, pstTms->acAddress, ATRIUM_HERE);
-    return 0;
 }
 
 /* stPath names the first address element, so one routine serves the success answer and
  * the refusal's failConferenceClientInfo block. */
-static uint32_t XmlTandemParseAtrium(_NODE *pstNode, tagXML_S_TANDEM_ATRIUM *pstAtrium, const AtriumPath &stPath)
+static void XmlTandemParseAtrium(_NODE *pstNode, tagXML_S_TANDEM_ATRIUM *pstAtrium, const AtriumPath &stPath)
 {
-    if (pstNode == nullptr || pstAtrium == nullptr) {
-        ATRIUM_TRACE(LOGIN_TRACE_ERROR, TANDEM_CONF_CLIENT_NULL_MESSAGE);
-        return 2;
-    }
     TandemReadAddressList(pstNode, stPath, "address", ListLimit(pstAtrium->acAddress), &pstAtrium->uiAtriumNum,
                           pstAtrium->acAddress, ATRIUM_HERE);
-    return 0;
 }
 
 uint32_t XmlParseTandmLoginResult(const char *pcXmlBody, tagXML_S_TANDEM_LOGIN_RESULT *pstResult)
@@ -230,66 +199,29 @@ uint32_t XmlParseTandmLoginResult(const char *pcXmlBody, tagXML_S_TANDEM_LOGIN_R
     ATRIUM_TRACE(LOGIN_TRACE_DUMP, "resultcode: %u", pstResult->stResult.uiResultCode);
 
     if (AtriumLookUp(pstRoot, ATRIUM_PATH("loginResult.profile"), &pstNode) == 0) {
-        uiRet = XmlTandemParseProfile(pstNode, &pstResult->stProfile);
-        if (uiRet != 0) {
-            ATRIUM_TRACE(LOGIN_TRACE_ERROR, "Tandem: Conf Login ParseProfile failed errno=[0x%x]!", uiRet);
-            return uiRet;
-        }
+        XmlTandemParseProfile(pstNode, &pstResult->stProfile);
         ATRIUM_TRACE(LOGIN_TRACE_DUMP, "mediatypes: %s", pstResult->stProfile.acSupportMediaTypes);
     }
 
     if (AtriumLookUp(pstRoot, ATRIUM_PATH("loginResult.conferenceClientInfo"), &pstNode) == 0) {
-        /* Each block is independent: a failing one is told and the others still read. */
-        uiRet = XmlTandemParseSip(pstNode, &pstResult->stSip);
-        if (uiRet != 0) {
-            ATRIUM_TRACE(LOGIN_TRACE_MISS, "Tandem: Conf Login Parse ConferenceClientInfo sip failed errno=[0x%x]!",
-                         uiRet);
-        } else {
-            ATRIUM_TRACE(LOGIN_TRACE_DUMP, "acDomain: %s, acProxy: %s", pstResult->stSip.acDomain,
-                         pstResult->stSip.acProxy);
-        }
-        uiRet = XmlTandemParseEua(pstNode, &pstResult->stEua);
-        if (uiRet != 0) {
-            ATRIUM_TRACE(LOGIN_TRACE_MISS, "Tandem: Conf Login Parse ConferenceClientInfo eua failed errno=[0x%x]!",
-                         uiRet);
-        } else {
-            ATRIUM_TRACE(LOGIN_TRACE_DUMP, "acAddress: %s, acBaseDN: %s, acUserName: %s",
-                         pstResult->stEua.acAddress[0], pstResult->stEua.acBaseDN, pstResult->stEua.acUserName);
-        }
-        uiRet = XmlTandemParseStg(pstNode, &pstResult->stStg);
-        if (uiRet != 0) {
-            ATRIUM_TRACE(LOGIN_TRACE_MISS,
-                         "Tandem: Conf Login Parse ConferenceClientInfo stginfo failed errno=[0x%x]!", uiRet);
-        } else {
-            ATRIUM_TRACE(LOGIN_TRACE_DUMP, "stgnum: %u, uiSbcNum: %u, acUserName: %s", pstResult->stStg.uiStgNum,
-                         pstResult->stStg.uiSbcNum, pstResult->stStg.acUserName);
-        }
-        uiRet = XmlTandemParseTms(pstNode, &pstResult->stTms);
-        if (uiRet != 0) {
-            ATRIUM_TRACE(LOGIN_TRACE_MISS,
-                         "Tandem: Conf Login Parse ConferenceClientInfo tmsInfo failed errno=[0x%x]!", uiRet);
-        } else {
-            ATRIUM_TRACE(LOGIN_TRACE_DUMP, "tmsnum: %u, acUserName: %s", pstResult->stTms.uiTmsNum,
-                         pstResult->stTms.acUserName);
-        }
-        uiRet =
-            XmlTandemParseAtrium(pstNode, &pstResult->stAtrium, ATRIUM_PATH("conferenceClientInfo.atriumInfo.address"));
-        if (uiRet != 0) {
-            ATRIUM_TRACE(LOGIN_TRACE_MISS,
-                         "Tandem: Conf Login Parse ConferenceClientInfo atriumInfo failed errno=[0x%x]!", uiRet);
-        } else {
-            ATRIUM_TRACE(LOGIN_TRACE_DUMP, "atrium num: %u", pstResult->stAtrium.uiAtriumNum);
-        }
+        XmlTandemParseSip(pstNode, &pstResult->stSip);
+        ATRIUM_TRACE(LOGIN_TRACE_DUMP, "acDomain: %s, acProxy: %s", pstResult->stSip.acDomain,
+                     pstResult->stSip.acProxy);
+        XmlTandemParseEua(pstNode, &pstResult->stEua);
+        ATRIUM_TRACE(LOGIN_TRACE_DUMP, "acAddress: %s, acBaseDN: %s, acUserName: %s", pstResult->stEua.acAddress[0],
+                     pstResult->stEua.acBaseDN, pstResult->stEua.acUserName);
+        XmlTandemParseStg(pstNode, &pstResult->stStg);
+        ATRIUM_TRACE(LOGIN_TRACE_DUMP, "stgnum: %u, uiSbcNum: %u, acUserName: %s", pstResult->stStg.uiStgNum,
+                     pstResult->stStg.uiSbcNum, pstResult->stStg.acUserName);
+        XmlTandemParseTms(pstNode, &pstResult->stTms);
+        ATRIUM_TRACE(LOGIN_TRACE_DUMP, "tmsnum: %u, acUserName: %s", pstResult->stTms.uiTmsNum,
+                     pstResult->stTms.acUserName);
+        XmlTandemParseAtrium(pstNode, &pstResult->stAtrium, ATRIUM_PATH("conferenceClientInfo.atriumInfo.address"));
+        ATRIUM_TRACE(LOGIN_TRACE_DUMP, "atrium num: %u", pstResult->stAtrium.uiAtriumNum);
     } else if (AtriumLookUp(pstRoot, ATRIUM_PATH("result.failConferenceClientInfo"), &pstNode) == 0) {
         /* A refusal may still name the portal addresses the client can turn to. */
-        uiRet = XmlTandemParseAtrium(pstNode, &pstResult->stAtrium,
-                                     ATRIUM_PATH("failConferenceClientInfo.atriumInfo.address"));
-        if (uiRet != 0) {
-            ATRIUM_TRACE(LOGIN_TRACE_MISS,
-                         "Tandem: Conf Login Parse failConferenceClientInfo AtriumInfo failed errno=[0x%x]!", uiRet);
-        } else {
-            ATRIUM_TRACE(LOGIN_TRACE_DUMP, "atrium num: %u", pstResult->stAtrium.uiAtriumNum);
-        }
+        XmlTandemParseAtrium(pstNode, &pstResult->stAtrium, ATRIUM_PATH("failConferenceClientInfo.atriumInfo.address"));
+        ATRIUM_TRACE(LOGIN_TRACE_DUMP, "atrium num: %u", pstResult->stAtrium.uiAtriumNum);
     }
     return 0;
 }

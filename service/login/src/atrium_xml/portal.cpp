@@ -222,7 +222,7 @@ LoginVerdict ReadExtraParms(LoginAnswer &stAnswer)
         }
         ++uiTaken;
     }
-    if (uiTaken > 0 && pstParm != nullptr) {
+    if (uiTaken > 0) {
         ATRIUM_TRACE_AT(stAnswer.stSite, LOGIN_TRACE_PROGRESS, "get %d extra parameter", static_cast<int>(uiTaken));
         stAnswer.pstUser->uiExtraParmNum = uiTaken;
         stAnswer.pstUser->pstExtraParm = pstParm;

@@ -53,15 +53,17 @@ uint32_t XmlGetSoapBodyNode(const char *pcXmlBody, uint32_t /* uiLen: not used *
     if (uiRet != 0) {
         return uiRet;
     }
+    /* The XML library hands out a node exactly when its code is 0 (and an attribute's text
+     * exactly when its code is 0): the codes alone tell a miss, here and below. */
     uiRet = AtriumLookUp(*ppstRoot, ATRIUM_PATH("Envelope"), ppstEnvelope);
-    if (uiRet != 0 || *ppstEnvelope == nullptr) {
+    if (uiRet != 0) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "GetEndPointMessageJson: get node [Soap:Envelope] failed errno=[0x%x]!",
                      uiRet);
         return uiRet;
     }
     /* From the root, not from the envelope: the path names the envelope itself first. */
     uiRet = AtriumLookUp(*ppstRoot, ATRIUM_PATH("Envelope.Body"), ppstBody);
-    if (uiRet != 0 || *ppstBody == nullptr) {
+    if (uiRet != 0) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "GetEndPointMessageJson: get node [Soap:Body] failed errno=[0x%x]!", uiRet);
         return uiRet;
     }
@@ -107,17 +109,17 @@ uint32_t XmlParseGetSiteInfoResult(const char *pcXmlBody, tagLOGIN_S_ENDPOINT_MS
     char *pcNamespace = nullptr;
 
     uint32_t uiRet = XmlGetSoapBodyNode(pcXmlBody, 0, stDocument.RootSlot(), &pstEnvelope, &pstBody);
-    if (uiRet != 0 || stDocument.Root() == nullptr || pstEnvelope == nullptr || pstBody == nullptr) {
+    if (uiRet != 0) {
         return uiRet;
     }
     uiRet = AtriumLookUp(pstBody, ATRIUM_PATH("Body.GetEndPointMessageJsonResponse"), &pstResponse);
-    if (uiRet != 0 || pstResponse == nullptr) {
+    if (uiRet != 0) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR,
                      "GetEndPointMessageJson: get node [GetEndPointMessageJsonResponse] failed errno=[0x%x]!", uiRet);
         return uiRet;
     }
     uiRet = KTL_XML_GetAttr(pstResponse, 0, "xmlns", &pcNamespace);
-    if (uiRet != 0 || pcNamespace == nullptr) {
+    if (uiRet != 0) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "GetEndPointMessageJson: get Attr of Response failed errno=[0x%x]!", uiRet);
         return uiRet;
     }
@@ -127,7 +129,7 @@ uint32_t XmlParseGetSiteInfoResult(const char *pcXmlBody, tagLOGIN_S_ENDPOINT_MS
     }
     uiRet = AtriumLookUp(pstResponse, ATRIUM_PATH("GetEndPointMessageJsonResponse.GetEndPointMessageJsonResult"),
                          &pstResultNode);
-    if (uiRet != 0 || pstResultNode == nullptr) {
+    if (uiRet != 0) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR,
                      "GetEndPointMessageJson: get node [GetEndPointMessageJsonResult] failed errno=[0x%x]!", uiRet);
         return uiRet;

@@ -241,10 +241,9 @@ uint32_t XmlAtriumGetIpFromDomain(char *pcOut, uint32_t uiOutLen, const char *pc
         (void)qev_strcpy_s(pcOut, uiOutLen, pcUri);
         return 0;
     }
-    /* Only a host that is resolved needs its port; most addresses are IP literals. */
-    if (pcColon != nullptr) {
-        (void)qev_sscanf_s(pcColon, ":%d", &iPort);
-    }
+    /* Only a host that is resolved needs its port; most addresses are IP literals. A host
+     * that is a domain was scanned before a ':', so the colon is there. */
+    (void)qev_sscanf_s(pcColon, ":%d", &iPort);
 
     tagLOGIN_S_SRV_IP_ENTRY astEntries[RESOLVER_ENTRIES];
     uint32_t uiCount = RESOLVER_ENTRIES;
@@ -306,9 +305,10 @@ uint32_t XmlAtriumParseAccessServer(_NODE *pstNode, tagLOGIN_S_ACCESS_SERVER *ps
     CopyText(pstServer->acName, sizeof(pstServer->acName), NonEmptyAttr(pstNode, "name"));
     (void)AtriumReadXmlKeys(pstNode, g_astAccessServerKeys, pstServer, ATRIUM_HERE);
 
+    /* The STG group parser fails only for a null argument, which a found element is not. */
     _NODE *pstStg = AtriumFindElement(pstNode, ATRIUM_PATH("accessserver.stggroup"), ATRIUM_HERE);
-    if (pstStg != nullptr && XmlAtriumParseStgInfo(pstStg, &pstServer->stStgGroup) != 0) {
-        ATRIUM_TRACE(LOGIN_TRACE_MISS, "parse stg info error");
+    if (pstStg != nullptr) {
+        (void)XmlAtriumParseStgInfo(pstStg, &pstServer->stStgGroup);
     }
     (void)AtriumReadXmlKeys(pstNode, g_astMediaServerKeys, pstServer, ATRIUM_HERE);
     ReadSipTls(pstNode, pstServer, ATRIUM_HERE);
