@@ -335,8 +335,10 @@ void AtriumStoreValue(const AtriumKey &stKey, char *pcField, const AtriumValue &
 
 /*
  * The one loop over a key table. stSource finds each row's value
- * (AtriumFound Find(const AtriumKey &, AtriumValue &, const AtriumCallSite &)): the
- * document's keys for XML (AtriumXmlSource), a JSON object's members for the services.
+ * (AtriumFound Find(const AtriumKey &, AtriumValue &, const AtriumCallSite &)) and stores a
+ * present one (void Store(const AtriumKey &, char *, const AtriumValue &), which is
+ * AtriumStoreValue): the document's keys for XML (AtriumXmlSource), a JSON object's
+ * members for the services.
  * Rows are read in order, tracing on behalf of stSite. Returns 0, or 1 at the first
  * required row that is missing (its miss message traced; later rows are not read).
  */
@@ -354,7 +356,7 @@ uint32_t AtriumReadKeys(const Source &stSource, const AtriumKey *pstKeys, size_t
             if (stKey.pcPresentMessage != nullptr) {
                 ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_PROGRESS, "%s", stKey.pcPresentMessage);
             }
-            AtriumStoreValue(stKey, pcField, stValue);
+            stSource.Store(stKey, pcField, stValue);
         } else if (eFound == AtriumFound::Missing) {
             if (stKey.pcMissMessage != nullptr) {
                 ATRIUM_TRACE_AT(stSite, stKey.uiMissLevel, "%s", stKey.pcMissMessage);
@@ -385,7 +387,13 @@ struct AtriumXmlSource {
     _NODE *pstStart;
 
     AtriumFound Find(const AtriumKey &stKey, AtriumValue &stValue, const AtriumCallSite &stSite) const;
+    void Store(const AtriumKey &stKey, char *pcField, const AtriumValue &stValue) const;
 };
+
+/* The loop over XML keys is compiled once, in frame.cpp, beside the per-key step and the
+ * store it calls for every row. */
+extern template uint32_t AtriumReadKeys<AtriumXmlSource>(const AtriumXmlSource &, const AtriumKey *, size_t, void *,
+                                                         const AtriumCallSite &);
 
 /* Reads an XML key table from pstStart (see AtriumReadKeys). */
 template <size_t N>

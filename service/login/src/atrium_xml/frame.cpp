@@ -43,8 +43,9 @@ uint32_t AtriumLookUp(_NODE *pstStart, const AtriumPath &stPath, _NODE **ppstNod
     return KTL_XML_GetNodeByPath(pstStart, &stPath.stSplit, ppstNode);
 }
 
-uint32_t AtriumGetNodeValueByUri(_NODE *pstStart, const AtriumPath &stPath, _NODE **ppstNode, char **ppcValue,
-                                 const AtriumCallSite &stSite)
+/* The per-key step (inlined into the XML key loop). */
+static uint32_t GetNodeValue(_NODE *pstStart, const AtriumPath &stPath, _NODE **ppstNode, char **ppcValue,
+                             const AtriumCallSite &stSite)
 {
     *ppcValue = nullptr;
     uint32_t uiRet = AtriumLookUp(pstStart, stPath, ppstNode);
@@ -57,6 +58,12 @@ uint32_t AtriumGetNodeValueByUri(_NODE *pstStart, const AtriumPath &stPath, _NOD
         ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_MISS, "KTL_XML_GetNodeValue %s failed=0x%x", stPath.Text(), uiRet);
     }
     return uiRet;
+}
+
+uint32_t AtriumGetNodeValueByUri(_NODE *pstStart, const AtriumPath &stPath, _NODE **ppstNode, char **ppcValue,
+                                 const AtriumCallSite &stSite)
+{
+    return GetNodeValue(pstStart, stPath, ppstNode, ppcValue, stSite);
 }
 
 _NODE *AtriumFindElement(_NODE *pstStart, const AtriumPath &stPath, const AtriumCallSite &stSite)
@@ -101,7 +108,8 @@ void AtriumCollectSearchSites(_NODE *pstServiceTp, const AtriumSearchEntries &st
     }
 }
 
-void AtriumStoreValue(const AtriumKey &stKey, char *pcField, const AtriumValue &stValue)
+/* A present value into its field as the row says (inlined into the XML key loop). */
+static void StoreValue(const AtriumKey &stKey, char *pcField, const AtriumValue &stValue)
 {
     const char *pcText = stValue.pcText;
     uint32_t uiWord = 0;
@@ -147,11 +155,21 @@ void AtriumStoreValue(const AtriumKey &stKey, char *pcField, const AtriumValue &
     std::memcpy(pcField, &uiWord, sizeof(uiWord));
 }
 
+void AtriumStoreValue(const AtriumKey &stKey, char *pcField, const AtriumValue &stValue)
+{
+    StoreValue(stKey, pcField, stValue);
+}
+
+void AtriumXmlSource::Store(const AtriumKey &stKey, char *pcField, const AtriumValue &stValue) const
+{
+    StoreValue(stKey, pcField, stValue);
+}
+
 AtriumFound AtriumXmlSource::Find(const AtriumKey &stKey, AtriumValue &stValue, const AtriumCallSite &stSite) const
 {
     _NODE *pstNode = nullptr;
     char *pcValue = nullptr;
-    (void)AtriumGetNodeValueByUri(pstStart, stKey.stPath, &pstNode, &pcValue, stSite);
+    (void)GetNodeValue(pstStart, stKey.stPath, &pstNode, &pcValue, stSite);
     if (stKey.eSource == AtriumSource::Value) {
         stValue.pcText = pcValue;
         return (pcValue != nullptr) ? AtriumFound::Present : AtriumFound::Missing;
@@ -168,6 +186,9 @@ AtriumFound AtriumXmlSource::Find(const AtriumKey &stKey, AtriumValue &stValue, 
     stValue.pcText = pcAttr;
     return AtriumFound::Present;
 }
+
+template uint32_t AtriumReadKeys<AtriumXmlSource>(const AtriumXmlSource &, const AtriumKey *, size_t, void *,
+                                                  const AtriumCallSite &);
 
 std::vector<AtriumKeyTable> AtriumKeyTables()
 {

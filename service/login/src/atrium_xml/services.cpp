@@ -187,6 +187,10 @@ struct JsonObjectSource {
         }
         return AtriumFound::Present;
     }
+    void Store(const AtriumKey &stKey, char *pcField, const AtriumValue &stValue) const
+    {
+        AtriumStoreValue(stKey, pcField, stValue);
+    }
 };
 
 /* Copies the members of stObject that are present and not null into the record, in table
