@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "fuzz_support.h"
-#include "ktl_xml_path.h"
+#include "ktl_xml_ext.h"
 #include "reference_lookup.h"
 
 using namespace atrium_fuzz;

@@ -26,7 +26,7 @@
  * than any stack.
  */
 #include "ktl_xml.h"
-#include "ktl_xml_path.h"
+#include "ktl_xml_ext.h"
 #include "atrium_test_control.h"
 #include "ktl_xml_options.h"
 
@@ -211,11 +211,6 @@ uint32_t CodeOfParseStatus(pugi::xml_parse_status eStatus)
     }
 }
 
-bool IsElement(pugi::xml_node xNode)
-{
-    return xNode.type() == pugi::node_element;
-}
-
 /* Whether a handle holds a node. pugixml's handle is one pointer, a protected member of its
  * public class; reading it here spares an out-of-line call per node of the walk below. */
 class NodeHandle : public pugi::xml_node {
@@ -242,16 +237,23 @@ bool Holds(pugi::xml_attribute xAttr)
     return pvAttr != nullptr;
 }
 
-/* pugixml accepts several top-level elements; an answer must be one document, so a second
- * root element is refused. (Character data beside the root is dropped by pugixml itself and
- * never reaches a caller.) */
-bool HasSingleRootElement(const pugi::xml_document &xDoc)
+/* pugixml (in fragment mode) accepts several top-level elements and text beside them; an
+ * answer must be one document, so the first of them in document order is refused: a second
+ * element, or text or CDATA (whitespace-only text is not kept, so it is accepted). 0 when
+ * the root stands alone. */
+uint32_t TopLevelFault(const pugi::xml_document &xDoc)
 {
     uint32_t uiElements = 0;
     for (pugi::xml_node xChild = xDoc.first_child(); xChild; xChild = xChild.next_sibling()) {
-        uiElements += IsElement(xChild) ? 1 : 0;
+        const pugi::xml_node_type eType = xChild.type();
+        if (eType == pugi::node_pcdata || eType == pugi::node_cdata) {
+            return KTL_XML_ERR_TEXT_OUTSIDE_ROOT;
+        }
+        if (eType == pugi::node_element && ++uiElements > 1) {
+            return KTL_XML_ERR_NOT_WELL_FORMED;
+        }
     }
-    return uiElements == 1;
+    return 0;
 }
 
 bool IsXmlSpace(char c)
@@ -374,8 +376,9 @@ uint32_t LoadCopy(Document &stDoc, char *pcCopy, size_t uiCopyLen)
     if (!xRoot) {
         return KTL_XML_ERR_NO_ROOT;
     }
-    if (!HasSingleRootElement(stDoc.xDoc)) {
-        return KTL_XML_ERR_NOT_WELL_FORMED;
+    const uint32_t uiFault = TopLevelFault(stDoc.xDoc);
+    if (uiFault != 0) {
+        return uiFault;
     }
     return ListElements(stDoc, xRoot) ? 0 : KTL_XML_ERR_NO_MEMORY;
 }

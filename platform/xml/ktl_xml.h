@@ -10,7 +10,10 @@
  *    entity declared in a DTD is expanded; the five predefined entities and character
  *    references are decoded. An unknown reference such as "&foo;" stays literal text.
  *  - Bytes are kept as they come: invalid UTF-8 is not rejected or repaired.
- *  - A document has exactly one root element; character data outside it is ignored.
+ *  - A document is exactly one root element with nothing but whitespace, comments,
+ *    processing instructions and a document type declaration around it: text or CDATA
+ *    before or after it fails with KTL_XML_ERR_TEXT_OUTSIDE_ROOT, a second element with
+ *    KTL_XML_ERR_NOT_WELL_FORMED, a text without any element with KTL_XML_ERR_NO_ROOT.
  *  - Navigation sees element nodes only (text, CDATA, comments, processing instructions
  *    and the DOCTYPE are skipped by child counts, first child and next sibling).
  *  - Dotted path "A.B.C": A must name the start node itself, each further component a
@@ -26,7 +29,7 @@
  *    password) but must not write past their terminator.
  *  - Every failure code is above 255 (KTL_XML_ERR_*), so it never equals a module code.
  *
- * Lookups by paths split at compile time (ktl_xml_path.h) and the test hooks
+ * Lookups by paths split at compile time (ktl_xml_ext.h) and the test hooks
  * (atrium_test_control.h) are declared elsewhere: this header is what a caller of the
  * eight operations needs.
  *
@@ -53,6 +56,7 @@ typedef struct _NODE _NODE;
 #define KTL_XML_ERR_NO_ROOT     0x1005u /* no root element (empty text, only a prolog) */
 #define KTL_XML_ERR_NOT_WELL_FORMED 0x1006u /* several top-level elements */
 #define KTL_XML_ERR_INJECTED    0x1007u /* a failure injected by KTL_XML_FailValueReadsAfter */
+#define KTL_XML_ERR_TEXT_OUTSIDE_ROOT 0x1008u /* text (or CDATA) before or after the root element */
 #define KTL_XML_ERR_PARSE_BASE  0x1100u /* + pugixml's xml_parse_status of a syntax error */
 
 /*

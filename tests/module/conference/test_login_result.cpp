@@ -763,4 +763,17 @@ TEST_F(TandemLoginTest, StgAndSbcRunsAreReadIndependently)
     EXPECT_THAT(m_traces.TextsAt(3)[3], "stgnum: 3, uiSbcNum: 4, acUserName: ");
 }
 
+TEST_F(TandemLoginTest, TextOutsideTheRootIsRefusedWithTheLibraryCode)
+{
+    const std::string strBody = "200 OK\n" + LoginAnswer(Result());
+    LoginRecord stRecord = DumpSafeSentinel();
+    const LoginRecord stBefore = stRecord;
+
+    EXPECT_EQ(XmlParseTandmLoginResult(strBody.c_str(), &stRecord), KTL_XML_ERR_TEXT_OUTSIDE_ROOT);
+
+    EXPECT_TRUE(SameBytes(stRecord, stBefore));
+    EXPECT_THAT(m_traces.Texts(), ElementsAre("L0 Tandem: Conf Login KTL_XML_Parse failed errno=[0x1008]!"));
+    EXPECT_EQ(LiveDocumentsSinceStart(), 0u);
+}
+
 } // namespace

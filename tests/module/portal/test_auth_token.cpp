@@ -264,4 +264,22 @@ TEST_F(AuthTokenTest, EscapedTextIsDecodedAndBytesAreKept)
     EXPECT_STREQ(stUser.acAccessToken, "a&bA\xC3\xA9\xFF");
 }
 
+TEST_F(AuthTokenTest, TextOutsideTheRootIsRefusedWithTheLibraryCode)
+{
+    const std::string strAnswer = Answer(Token("tok", "60"));
+    for (const std::string &strBody : {"HTTP/1.1 200 OK\r\nContent-Type: text/xml\r\n\r\n" + strAnswer,
+                                       strAnswer + "\n--boundary--\n", "x" + strAnswer}) {
+        m_traces.Clear();
+        tagLOGIN_S_ATRIUM_USER_INFO stUser = SentinelRecord<tagLOGIN_S_ATRIUM_USER_INFO>();
+        const tagLOGIN_S_ATRIUM_USER_INFO stBefore = stUser;
+
+        EXPECT_EQ(XmlParseAtriumAuthToken(strBody.c_str(), &stUser), KTL_XML_ERR_TEXT_OUTSIDE_ROOT) << strBody;
+
+        EXPECT_TRUE(SameBytes(stUser, stBefore)) << strBody;
+        EXPECT_THAT(m_traces.Texts(), ElementsAre("L0 atrium: Conf Login KTL_XML_Parse failed errno=[0x1008]!"));
+        EXPECT_EQ(LiveDocumentsSinceStart(), 0u);
+        EXPECT_EQ(LiveBlocksSinceStart(), 0u);
+    }
+}
+
 } // namespace

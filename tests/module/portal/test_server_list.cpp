@@ -344,4 +344,19 @@ TEST_F(ServerListTest, TextThatIsNotXmlYieldsTheLibraryCodeUnchanged)
     }
 }
 
+TEST_F(ServerListTest, TextOutsideTheRootIsRefusedBeforeAnySiteIsParsed)
+{
+    const std::string strBody =
+        Answer(std::string(FULL_SIP_INFO) + Site("east", "2", {{"e1", "10.1.0.1:5060"}})) + "trailing junk";
+    tagLOGIN_S_ATRIUM_USER_INFO stUser = SentinelRecord<tagLOGIN_S_ATRIUM_USER_INFO>();
+    const tagLOGIN_S_ATRIUM_USER_INFO stBefore = stUser;
+
+    EXPECT_EQ(XmlParseAtriumGetServerListRst(strBody.c_str(), &stUser), KTL_XML_ERR_TEXT_OUTSIDE_ROOT);
+
+    EXPECT_TRUE(SameBytes(stUser, stBefore));
+    EXPECT_THAT(m_traces.Texts(), ElementsAre("L0 atrium: Conf Login KTL_XML_Parse failed errno=[0x1008]!"));
+    EXPECT_EQ(LiveDocumentsSinceStart(), 0u);
+    EXPECT_EQ(LiveBlocksSinceStart(), 0u);
+}
+
 } // namespace

@@ -830,4 +830,17 @@ TEST_F(SiteInfoTest, ResultTextOfAReplyWithServerErrorIsNotRead)
     EXPECT_NE(stFreed.BlockHolding(strJson), nullptr);
 }
 
+TEST_F(SiteInfoTest, TextOutsideTheRootIsRefusedWithTheLibraryCode)
+{
+    const std::string strBody = Success(ThreeMembers("sip:a@b", "pw", "10.0.0.1")) + "<!-- end -->\r\n0\r\n\r\n";
+    tagLOGIN_S_ENDPOINT_MSG_RESULT stResult = SentinelRecord();
+    const tagLOGIN_S_ENDPOINT_MSG_RESULT stBefore = stResult;
+
+    EXPECT_EQ(XmlParseGetSiteInfoResult(strBody.c_str(), &stResult), KTL_XML_ERR_TEXT_OUTSIDE_ROOT);
+
+    EXPECT_TRUE(SameBytes(stResult, stBefore));
+    EXPECT_THAT(m_traces.Texts(), ElementsAre("L0 GetEndPointMessageJson: KTL_XML_Parse failed errno=[0x1008]!"));
+    EXPECT_EQ(LiveDocumentsSinceStart(), 0u);
+}
+
 } // namespace

@@ -216,15 +216,32 @@ TEST(KtlXmlParse, SeveralRootElementsAreNotOneDocument)
     EXPECT_EQ(KTL_XML_LiveDocuments(), uiLiveBefore);
 }
 
-TEST(KtlXmlParse, TextBesideTheRootElementIsIgnored)
+TEST(KtlXmlParse, TextOutsideTheRootElementIsNotOneDocument)
 {
-    for (const char *pcText : {"abc<a>v</a>", "<a>v</a>abc"}) {
+    const uint32_t uiLiveBefore = KTL_XML_LiveDocuments();
+    for (const char *pcText :
+         {"abc<a>v</a>", "<a>v</a>abc", "<a/>\n x \n", "HTTP/1.1 200 OK\r\nContent-Type: text/xml\r\n\r\n<a/>",
+          "<a/><![CDATA[x]]>", "<![CDATA[x]]><a/>", "<?xml version=\"1.0\"?>junk<a/>", "<a/><!-- c -->&amp;",
+          "\xEF\xBB\xBFx<a/>"}) {
+        _NODE *pstRoot = reinterpret_cast<_NODE *>(&pstRoot);
+        EXPECT_EQ(KTL_XML_Parse(pcText, &pstRoot), KTL_XML_ERR_TEXT_OUTSIDE_ROOT) << pcText;
+        EXPECT_EQ(pstRoot, nullptr);
+    }
+    /* the first fault in document order decides */
+    _NODE *pstRoot = nullptr;
+    EXPECT_EQ(KTL_XML_Parse("<a/><b/>junk", &pstRoot), KTL_XML_ERR_NOT_WELL_FORMED);
+    EXPECT_EQ(KTL_XML_Parse("<a/>junk<b/>", &pstRoot), KTL_XML_ERR_TEXT_OUTSIDE_ROOT);
+    EXPECT_EQ(KTL_XML_LiveDocuments(), uiLiveBefore);
+}
+
+TEST(KtlXmlParse, WhitespaceAndAByteOrderMarkAroundTheRootAreAccepted)
+{
+    for (const char *pcText : {" \t\r\n<a>v</a> \t\r\n", "\xEF\xBB\xBF<a>v</a>\n"}) {
         _NODE *pstRoot = nullptr;
         ASSERT_EQ(KTL_XML_Parse(pcText, &pstRoot), 0u) << pcText;
         char *pcValue = nullptr;
         ASSERT_EQ(KTL_XML_GetNodeValue(pstRoot, nullptr, 0, nullptr, &pcValue), 0u);
-        EXPECT_STREQ(pcValue, "v") << pcText;
-        EXPECT_EQ(KTL_XML_GetNodeNextSibling(pstRoot), nullptr) << pcText;
+        EXPECT_STREQ(pcValue, "v");
         KTL_XML_FreeNode(pstRoot);
     }
 }

@@ -9,7 +9,7 @@
  */
 #include "atrium_test_control.h"
 #include "ktl_xml.h"
-#include "ktl_xml_path.h"
+#include "ktl_xml_ext.h"
 #include "ktl_xml_test.h"
 #include "reference_lookup.h"
 

@@ -21,7 +21,7 @@
 #include <vector>
 
 #include "atrium_xml.h"
-#include "ktl_xml_path.h"
+#include "ktl_xml_ext.h"
 #include "qev_bounded.h"
 
 /* ---- traces -------------------------------------------------------------------------- */

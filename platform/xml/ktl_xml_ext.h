@@ -1,5 +1,5 @@
 /*
- * ktl_xml_path.h - the XML document library's lookup by a dotted path split beforehand, and
+ * ktl_xml_ext.h - the XML document library's lookup by a dotted path split beforehand, and
  * the compile-time splitting and hashing of such paths (C++ only; not installed).
  *
  * The module reads every document with the same few hundred key paths, so it splits and
