@@ -35,16 +35,6 @@ static char *ReadWholeFile(const char *pcPath)
     return pcBody;
 }
 
-static const char *ResultMeaning(uint32_t uiRet)
-{
-    switch (uiRet) {
-    case 0: return "success";
-    case 1: return "a required key is missing";
-    case 2: return "a null argument";
-    default: return uiRet > 255 ? "the XML library could not parse the answer" : "unknown";
-    }
-}
-
 static int DecodeOne(const char *pcPath)
 {
     tagLOGIN_S_ATRIUM_USER_INFO stUser;
@@ -59,8 +49,9 @@ static int DecodeOne(const char *pcPath)
     free(pcBody);
 
     printf("%s\n", pcPath);
-    printf("  result             %u (%s)\n", uiRet, ResultMeaning(uiRet));
-    printf("  acAccessToken      \"%s\"\n", stUser.acAccessToken);
+    printf("  result             %u (%s)\n", uiRet, AtriumResultText(uiRet));
+    /* the token is a secret: its length tells whether it came through */
+    printf("  acAccessToken      %u characters\n", (unsigned)strlen(stUser.acAccessToken));
     printf("  uiExpireIn         %u\n", stUser.uiExpireIn);
     printf("  acRealUserAccount  \"%s\"\n", stUser.acRealUserAccount);
     printf("  bFirstLogin        %u\n", stUser.bFirstLogin);

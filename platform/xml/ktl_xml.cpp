@@ -33,10 +33,12 @@
 #include <pugixml.hpp>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstring>
 #include <new>
+#include <string>
 #include <type_traits>
 
 namespace {
@@ -674,4 +676,43 @@ extern "C" uint32_t KTL_XML_GetNodeChildNum(_NODE *pstNode, uint32_t *puiNum)
     }
     *puiNum = pstNode->uiChildren;
     return 0;
+}
+
+extern "C" const char *KTL_XML_CodeText(uint32_t uiCode)
+{
+    switch (uiCode) {
+    case KTL_XML_ERR_NULL_ARG:
+        return "a null argument";
+    case KTL_XML_ERR_NOT_FOUND:
+        return "no such element";
+    case KTL_XML_ERR_BAD_PATH:
+        return "a bad path";
+    case KTL_XML_ERR_NO_MEMORY:
+        return "out of memory";
+    case KTL_XML_ERR_NO_ROOT:
+        return "no root element";
+    case KTL_XML_ERR_NOT_WELL_FORMED:
+        return "not well-formed XML: more than one root element";
+    case KTL_XML_ERR_INJECTED:
+        return "a failure injected by a test";
+    case KTL_XML_ERR_TEXT_OUTSIDE_ROOT:
+        return "not well-formed XML: text outside the root element";
+    default:
+        break;
+    }
+    const uint32_t uiStatus = uiCode - KTL_XML_ERR_PARSE_BASE;
+    if (uiCode <= KTL_XML_ERR_PARSE_BASE || uiStatus > 0xFF) {
+        return nullptr;
+    }
+    /* pugixml's own description of each status, made once into static texts. */
+    static const std::array<std::string, 0x100> s_astrTexts = [] {
+        std::array<std::string, 0x100> astrTexts;
+        for (uint32_t i = 0; i < astrTexts.size(); ++i) {
+            pugi::xml_parse_result xResult;
+            xResult.status = static_cast<pugi::xml_parse_status>(i);
+            astrTexts[i] = std::string("not well-formed XML: ") + xResult.description();
+        }
+        return astrTexts;
+    }();
+    return s_astrTexts[uiStatus].c_str();
 }

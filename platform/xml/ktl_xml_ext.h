@@ -1,6 +1,7 @@
 /*
- * ktl_xml_ext.h - the XML document library's lookup by a dotted path split beforehand, and
- * the compile-time splitting and hashing of such paths (C++ only; not installed).
+ * ktl_xml_ext.h - what the module uses of the XML document library beyond the eight
+ * operations (C++ only; not installed): the lookup by a dotted path split beforehand, the
+ * compile-time splitting and hashing of such paths, and the texts of the library's codes.
  *
  * The module reads every document with the same few hundred key paths, so it splits and
  * hashes them once, at compile time (ktl_xml::CompilePath in a constexpr key table), and
@@ -44,6 +45,11 @@ typedef struct {
  * for a null argument or text; *ppstNode is null on every failure.
  */
 uint32_t KTL_XML_GetNodeByPath(_NODE *pstStart, const KTL_XML_PATH *pstPath, _NODE **ppstNode);
+
+/* A short static English text for a failure code of this library (KTL_XML_ERR_*, including
+ * KTL_XML_ERR_PARSE_BASE plus any parse status), or null for a code that is not the
+ * library's. The text is never freed. */
+const char *KTL_XML_CodeText(uint32_t uiCode);
 
 } // extern "C"
 

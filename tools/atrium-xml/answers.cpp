@@ -12,7 +12,6 @@
 #include <cstdlib>
 #include <random>
 
-#include <pugixml.hpp>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -34,8 +33,6 @@ R *As(void *pvRecord)
 
 using User = tagLOGIN_S_ATRIUM_USER_INFO;
 using Guest = tagXML_S_TANDEM_TEMPUSER_INFO;
-
-const CodeMeaning kNotXml{5, "not XML"};
 
 std::vector<AnswerKind> MakeAnswerKinds()
 {
@@ -121,7 +118,7 @@ std::vector<AnswerKind> MakeAnswerKinds()
          [](const char *pcBody, void *pvRec, const ParseInputs &) -> int64_t {
              return XmlParseGetTandemVersionResult(pcBody, As<tagXML_S_TANDEM_VERSION_RESULT>(pvRec));
          },
-         {kNotXml},
+         {},
          "uiResultCode",
          0},
         {"random-key",
@@ -131,14 +128,7 @@ std::vector<AnswerKind> MakeAnswerKinds()
          [](const char *pcBody, void *pvRec, const ParseInputs &) -> int64_t {
              return XmlParseTandemRandomResult(pcBody, As<tagXML_S_TANDEM_RANDOM_RESULT>(pvRec));
          },
-         {{1, "the site URL or the random key is missing"},
-          {2, "the server answered error 404"},
-          {11, "the server answered an error code"},
-          {35, "the server answered error 401"},
-          {36, "the server answered error 403"},
-          {37, "the server answered error 413"},
-          {39, "the server answered error 11029"},
-          {40, "the server answered error 11028"}},
+         {{ATRIUM_FAILED, "the site URL or the random key is missing"}},
          nullptr,
          0},
         {"conf-search",
@@ -179,7 +169,7 @@ std::vector<AnswerKind> MakeAnswerKinds()
          [](const char *pcBody, void *pvRec, const ParseInputs &) -> int64_t {
              return XmlParseTempuserConfInfo(pcBody, As<Guest>(pvRec));
          },
-         {kNotXml},
+         {},
          nullptr,
          0},
         {"guest-bigparam",
@@ -189,7 +179,7 @@ std::vector<AnswerKind> MakeAnswerKinds()
          [](const char *pcBody, void *pvRec, const ParseInputs &) -> int64_t {
              return XmlParseBigParamConfInfo(pcBody, As<Guest>(pvRec));
          },
-         {kNotXml},
+         {},
          nullptr,
          0},
         {"guest-account",
@@ -199,7 +189,7 @@ std::vector<AnswerKind> MakeAnswerKinds()
          [](const char *pcBody, void *pvRec, const ParseInputs &) -> int64_t {
              return XmlParseTempuserAccountInfo(pcBody, As<tagXML_S_TEMPUSER_ACCOUNT_INFO>(pvRec));
          },
-         {kNotXml},
+         {},
          nullptr,
          0},
         {"nearby-access",
@@ -242,7 +232,7 @@ std::vector<AnswerKind> MakeAnswerKinds()
          [](const char *pcBody, void *pvRec, const ParseInputs &) -> int64_t {
              return JsonParseLinkedPhoneResult(pcBody, As<tagLOGIN_S_LINKED_PHONE_RESULT>(pvRec));
          },
-         {{11, "30 or more identities: the count is stored, no entry is written"}, {46, "not JSON"}},
+         {{ATRIUM_TOO_MANY_LINKED_PHONES, "30 or more identities: the count is stored, no entry is written"}},
          nullptr,
          0},
     };
@@ -333,26 +323,7 @@ std::string LibraryCodeMeaning(int64_t iCode)
 {
     char acCode[32];
     std::snprintf(acCode, sizeof(acCode), "XML library code 0x%llx: ", static_cast<unsigned long long>(iCode));
-    switch (iCode) {
-    case KTL_XML_ERR_NULL_ARG:
-        return acCode + std::string("a null argument");
-    case KTL_XML_ERR_NOT_FOUND:
-        return acCode + std::string("no such element");
-    case KTL_XML_ERR_BAD_PATH:
-        return acCode + std::string("a bad path");
-    case KTL_XML_ERR_NO_MEMORY:
-        return acCode + std::string("out of memory");
-    case KTL_XML_ERR_NO_ROOT:
-        return acCode + std::string("no root element");
-    default:
-        break;
-    }
-    if (iCode > KTL_XML_ERR_PARSE_BASE && iCode <= KTL_XML_ERR_PARSE_BASE + 0xFF) {
-        pugi::xml_parse_result stStatus;
-        stStatus.status = static_cast<pugi::xml_parse_status>(iCode - KTL_XML_ERR_PARSE_BASE);
-        return acCode + std::string("not well-formed XML: ") + stStatus.description();
-    }
-    return acCode + std::string("not one the tool knows");
+    return acCode + std::string(AtriumResultText(static_cast<uint32_t>(iCode)));
 }
 
 const std::vector<AnswerKind> &AnswerKinds()
@@ -387,16 +358,10 @@ std::string ResultMeaning(const AnswerKind &stKind, int64_t iCode)
             return stMeaning.pcMeaning;
         }
     }
-    if (iCode == 0) {
-        return "success";
-    }
-    if (iCode == 2) {
-        return "a null argument";
-    }
     if (iCode > 255) {
         return LibraryCodeMeaning(iCode);
     }
-    return "not a code of this parser";
+    return AtriumResultText(static_cast<uint32_t>(iCode));
 }
 
 RecordBuffer::RecordBuffer(const RecordDesc &stDesc) : m_stDesc(stDesc), m_pvRecord(std::calloc(1, stDesc.uiSize))

@@ -8,12 +8,10 @@
  * way, from a record to a request body. No function keeps state between calls; any number
  * of threads may call the module at once on distinct records.
  *
- * Result codes (uint32_t unless a function says otherwise):
- *   0   success (also for a well-formed answer without payload, where a function says so)
- *   1   the common failure: a required key missing, an allocation failed, a rejected answer
- *   2   a null argument (XML parsers), or a server's 404 where a function says so
- *   4, 5, 7, 11, 34..40, 46   codes named by individual functions below
- *   > 255  a code of the XML document library passed through unchanged (KTL_XML_ERR_*)
+ * Result codes (uint32_t unless a function says otherwise) are named below (ATRIUM_*): 0
+ * success, 1 the common failure, 2 a null argument, and the codes individual functions name;
+ * a code above 255 is one of the XML document library's (KTL_XML_ERR_* in ktl_xml.h),
+ * passed through unchanged. AtriumResultText turns any of them into a short text.
  *
  * Ownership: records belong to the caller. Buffers a function allocates for the caller are
  * named in its documentation and are released with the memory routines below
@@ -46,6 +44,41 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* ---- result codes ------------------------------------------------------------------ */
+
+/* Several names share a number where the login service gives two meanings one code. */
+#define ATRIUM_OK                     0u  /* success (also a well-formed answer without payload,
+                                             where a function says so) */
+#define ATRIUM_FAILED                 1u  /* a required key missing, an allocation failed, an
+                                             answer rejected */
+#define ATRIUM_NULL_ARGUMENT          2u  /* a null argument */
+#define ATRIUM_RANDOM_KEY_NOT_FOUND   2u  /* random key: the server answered 404 */
+#define ATRIUM_NO_MEMORY_FOR_BODY     4u  /* linked-phone get request: no memory for the body */
+#define ATRIUM_NOT_XML                5u  /* the body is not XML (the parsers that report every
+                                             parse failure so) */
+#define ATRIUM_NOT_RESOLVED           7u  /* a host name could not be resolved */
+#define ATRIUM_SERVER_ERROR          11u  /* the server answered an error code that has no code
+                                             of its own here */
+#define ATRIUM_TOO_MANY_LINKED_PHONES 11u /* a linked-phone answer lists 30 identities or more */
+#define ATRIUM_GUEST_NOT_FOUND       34u  /* guest SIP information: the server answered 404 */
+#define ATRIUM_RANDOM_KEY_UNAUTHORIZED 35u /* random key: the server answered 401 */
+#define ATRIUM_RANDOM_KEY_FORBIDDEN  36u  /* random key: the server answered 403 */
+#define ATRIUM_RANDOM_KEY_TOO_LARGE  37u  /* random key: the server answered 413 */
+#define ATRIUM_RANDOM_KEY_SERVER_11029 39u /* random key: the server answered 11029 */
+#define ATRIUM_RANDOM_KEY_SERVER_11028 40u /* random key: the server answered 11028 */
+#define ATRIUM_NOT_JSON              46u  /* the body is not JSON */
+/* The token-information parser also passes through the bounded copy's code for a token it
+ * cannot copy: QEV_EINVAL (22), QEV_ERANGE (34: too long for its field) or QEV_EOVERLAP (54),
+ * see qev_bounded.h. */
+
+/*
+ * A short English text for any result code of the module (the named codes above, the
+ * bounded copy's codes the token information passes through) or of the XML document
+ * library (KTL_XML_ERR_*, parse failures included); a code that is neither gets a text
+ * that says so. The text is static: never null, never to be freed, the same on every call.
+ */
+const char *AtriumResultText(uint32_t uiCode);
 
 /* ---- records of single answers ----------------------------------------------------- */
 

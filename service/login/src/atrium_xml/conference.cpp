@@ -230,9 +230,6 @@ uint32_t XmlParseTandmLoginResult(const char *pcXmlBody, tagXML_S_TANDEM_LOGIN_R
 
 namespace {
 
-/* Some parsers report any parse failure with this code instead of the library's own. */
-const uint32_t TANDEM_RET_NOT_XML = 5;
-
 /*
  * Every key of the version answer is required, and a miss returns the library's own code
  * (not 1). The decision rests on the codes alone, so an empty element passes: it stores
@@ -278,7 +275,7 @@ uint32_t XmlParseGetTandemVersionResult(const char *pcXmlBody, tagXML_S_TANDEM_V
         return 2;
     }
     uint32_t uiRet = AtriumParseAnswer(pcXmlBody, "RestConf: ParseVersionXML Parse failed, ulRet[0x%x]!",
-                                       TANDEM_RET_NOT_XML, stDocument.RootSlot(), ATRIUM_HERE);
+                                       ATRIUM_NOT_XML, stDocument.RootSlot(), ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
     }
@@ -303,9 +300,6 @@ constexpr AtriumKey g_astRandomKeys[] = {
     ValueText("confinfo.site_url", ATRIUM_FIELD(RandomRecord, acSiteUrl)).Required("Not Find the site_url", LOGIN_TRACE_MISS),
     ValueText("confinfo.random", ATRIUM_FIELD(RandomRecord, acRandom)).Required("Not Find the random", LOGIN_TRACE_MISS),
 };
-
-/* Any server error that has no code of its own in the login service. */
-const uint32_t TANDEM_RET_SERVER_ERROR = 11;
 
 /* How the guest's random-key and SIP answers open. */
 const AtriumOpening GUEST_OPENING = {"Tandem: Conf Login Parse xmlBody pointer empty!",
@@ -332,7 +326,9 @@ const struct {
     uint32_t uiServerCode;
     uint32_t uiResult;
 } g_astRandomErrorMap[] = {
-    {401, 35}, {403, 36}, {404, 2}, {413, 37}, {11028, 40}, {11029, 39},
+    {401, ATRIUM_RANDOM_KEY_UNAUTHORIZED},  {403, ATRIUM_RANDOM_KEY_FORBIDDEN},
+    {404, ATRIUM_RANDOM_KEY_NOT_FOUND},     {413, ATRIUM_RANDOM_KEY_TOO_LARGE},
+    {11028, ATRIUM_RANDOM_KEY_SERVER_11028}, {11029, ATRIUM_RANDOM_KEY_SERVER_11029},
 };
 
 } // namespace
@@ -344,7 +340,7 @@ uint32_t XmlParseTandemRandomErrorcode(uint32_t uiErrorCode)
             return stEntry.uiResult;
         }
     }
-    return TANDEM_RET_SERVER_ERROR;
+    return ATRIUM_SERVER_ERROR;
 }
 
 uint32_t XmlParseTandemRandomResult(const char *pcXmlBody, tagXML_S_TANDEM_RANDOM_RESULT *pstRandomResult)
@@ -473,8 +469,7 @@ constexpr AtriumKey g_astTempuserSipKeys[] = {
     TracedText("ConfParam.sipinfo.confpwd", ATRIUM_FIELD(TempUser, acConfPwd), "Not Find the sip confpwd"),
 };
 
-/* The server's 404 for a guest's SIP identity: the login service's code for "no such user". */
-const uint32_t TANDEM_RET_TEMPUSER_NOT_FOUND = 34;
+/* The server's 404 for a guest's SIP identity. */
 const uint32_t TANDEM_SERVER_NOT_FOUND = 404;
 
 } // namespace
@@ -491,7 +486,7 @@ uint32_t XmlParseTandemTempuserSipInfo(const char *pcXmlBody, tagXML_S_TANDEM_TE
     if (TandemServerErrorCode(stDocument.Root(), ATRIUM_PATH("ConfParam.errorCode"), &uiErrorCode, ATRIUM_HERE)) {
         ATRIUM_TRACE(LOGIN_TRACE_MISS, "Find errorcode(%u),get tempuser fail", uiErrorCode);
         stDocument.KeepUnreleased(); /* the login service knows this exit without the release */
-        return (uiErrorCode == TANDEM_SERVER_NOT_FOUND) ? TANDEM_RET_TEMPUSER_NOT_FOUND : TANDEM_RET_SERVER_ERROR;
+        return (uiErrorCode == TANDEM_SERVER_NOT_FOUND) ? ATRIUM_GUEST_NOT_FOUND : ATRIUM_SERVER_ERROR;
     }
     (void)AtriumReadXmlKeys(stDocument.Root(), g_astTempuserSipKeys, pstTempUser, ATRIUM_HERE);
     return 0;
@@ -525,7 +520,7 @@ uint32_t XmlParseTempuserConfInfo(const char *pcXmlBody, tagXML_S_TANDEM_TEMPUSE
 {
     /* Every key is optional, so the table's result is the opening's. */
     const AtriumOpening stOpening = {"CMS:Conf Login Parse xmlBody pointer empty!",
-                                     "Conf Login KTL_XML_Parse failed errno=[0x%x]!", TANDEM_RET_NOT_XML};
+                                     "Conf Login KTL_XML_Parse failed errno=[0x%x]!", ATRIUM_NOT_XML};
     return AtriumParseKeyTable(pcXmlBody, pstTempUser, stOpening, g_astTempuserConfKeys, ATRIUM_HERE);
 }
 
@@ -535,7 +530,7 @@ uint32_t XmlParseBigParamConfInfo(const char *pcXmlBody, tagXML_S_TANDEM_TEMPUSE
     _NODE *pstConfInfo = nullptr;
 
     const AtriumOpening stOpening = {"Tandem: Conf Login Parse xmlBody pointer empty!",
-                                     "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!", TANDEM_RET_NOT_XML};
+                                     "atrium: Conf Login KTL_XML_Parse failed errno=[0x%x]!", ATRIUM_NOT_XML};
     const uint32_t uiRet = AtriumOpenAnswer(pcXmlBody, pstTempUser, stOpening, stDocument, ATRIUM_HERE);
     if (uiRet != 0) {
         return uiRet;
@@ -571,7 +566,7 @@ uint32_t XmlParseTempuserAccountInfo(const char *pcXmlBody, tagXML_S_TEMPUSER_AC
 {
     /* Every key is optional, so the table's result is the opening's. */
     const AtriumOpening stOpening = {"CMS: Conf Login Parse xmlBody pointer empty!",
-                                     "Conf Login KTL_XML_Parse failed errno=[0x%x]!", TANDEM_RET_NOT_XML};
+                                     "Conf Login KTL_XML_Parse failed errno=[0x%x]!", ATRIUM_NOT_XML};
     return AtriumParseKeyTable(pcXmlBody, pstAccount, stOpening, g_astTempuserAccountKeys, ATRIUM_HERE);
 }
 

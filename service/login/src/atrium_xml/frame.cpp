@@ -32,7 +32,7 @@ uint32_t AtriumOpenAnswer(const char *pcBody, const void *pvRecord, const Atrium
         if (stOpening.pcNullMessage != nullptr) {
             ATRIUM_TRACE_AT(stSite, LOGIN_TRACE_ERROR, "%s", stOpening.pcNullMessage);
         }
-        return 2;
+        return ATRIUM_NULL_ARGUMENT;
     }
     return AtriumParseAnswer(pcBody, stOpening.pcParseFormat, stOpening.uiParseFailure, stDocument.RootSlot(),
                              stSite);

@@ -28,7 +28,6 @@ namespace {
 using UserRecord = tagLOGIN_S_ATRIUM_USER_INFO;
 using Site = tagLOGIN_S_SITE;
 
-const uint32_t RESULT_FAILED = 1;
 
 /* ---- shared steps ------------------------------------------------------------------- */
 
@@ -158,7 +157,7 @@ struct LoginVerdict {
 };
 
 const LoginVerdict LOGIN_GO_ON = {false, 0, false};
-const LoginVerdict LOGIN_FAIL = {true, RESULT_FAILED, false};
+const LoginVerdict LOGIN_FAIL = {true, ATRIUM_FAILED, false};
 
 using LoginStepFn = LoginVerdict (*)(LoginAnswer &stAnswer);
 
@@ -594,7 +593,7 @@ uint32_t XmlParseAtriumGetServerListRst(const char *pcXmlBody, tagLOGIN_S_ATRIUM
     if (uiNumOfSite != 0) {
         Site *pstSites = NewSiteArray(uiNumOfSite, ATRIUM_HERE);
         if (pstSites == nullptr) {
-            return RESULT_FAILED;
+            return ATRIUM_FAILED;
         }
         HarvestAllSites(pstServiceTp, pstSites, ATRIUM_HERE);
         HandOverSites(pstSites, uiNumOfSite, SERVER_LIST_OWN_AND_MAIN_SITE, SERVER_LIST_OWN_AND_MAIN_SITE,
@@ -697,17 +696,17 @@ const uint32_t PROFILE_FILE_MODE = 0766;
 uint32_t XmlSaveAtriumXmlBody(const char *pcText, const char *pcFileName)
 {
     if (pcText == nullptr || pcFileName == nullptr) {
-        return RESULT_FAILED;
+        return ATRIUM_FAILED;
     }
     ATRIUM_TRACE(LOGIN_TRACE_DUMP, "filename:%s", pcFileName);
     const int32_t iFd = KOSA_Open(pcFileName, KOSA_O_WRONLY | KOSA_O_CREAT | KOSA_O_TRUNC, PROFILE_FILE_MODE);
     if (iFd < 0) {
-        return RESULT_FAILED;
+        return ATRIUM_FAILED;
     }
     const uint32_t uiLen = KOSA_StrLen(pcText);
     const int32_t iWritten = KOSA_Write(iFd, pcText, uiLen);
     (void)KOSA_Close(iFd);
-    return (iWritten >= 0 && static_cast<uint32_t>(iWritten) == uiLen) ? 0 : RESULT_FAILED;
+    return (iWritten >= 0 && static_cast<uint32_t>(iWritten) == uiLen) ? 0 : ATRIUM_FAILED;
 }
 
 uint32_t XmlParseAtriumRightConfig(const char *pcXmlBody, const char *pcFileName,

@@ -166,9 +166,6 @@ uint32_t XmlParseGetSiteInfoResult(const char *pcXmlBody, tagLOGIN_S_ENDPOINT_MS
 
 namespace {
 
-/* Result of a JSON parser for text that JsonCpp cannot read. */
-const uint32_t JSON_TEXT_NOT_JSON = 46;
-
 /* The members of one JSON object, the source of a key table's values. A member of another
  * type than its row makes JsonCpp throw; rows read before it stay written. */
 struct JsonObjectSource {
@@ -346,7 +343,7 @@ int32_t JsonParseUniCallCfgResult(const char *pcJsonBody, tagLOGIN_S_UNICALL_CFG
     if (!ParseJsonText(pcObject, stParsed)) {
         pstCfg->uiReturnCode = UNICALL_RETURN_CODE_NOT_JSON;
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "json parse failed");
-        return static_cast<int32_t>(JSON_TEXT_NOT_JSON);
+        return static_cast<int32_t>(ATRIUM_NOT_JSON);
     }
     const Json::Value &stRoot = stParsed;
     pstCfg->uiReturnCode = stRoot["returnCode"].asUInt();
@@ -406,8 +403,6 @@ constexpr AtriumKey g_astLinkedPhoneMembers[] = {
 
 /* The service refuses to list 30 identities or more: 29 is the most an answer may hold. */
 const uint32_t LINKED_PHONE_REFUSED_COUNT = LOGIN_LINKED_PHONE_MAX + 1;
-const uint32_t LINKED_PHONE_TOO_MANY = 11;
-const uint32_t LINKED_PHONE_GET_NO_MEMORY = 4;
 
 } // namespace
 
@@ -420,14 +415,14 @@ uint32_t JsonParseLinkedPhoneResult(const char *pcBody, tagLOGIN_S_LINKED_PHONE_
     Json::Value stParsed;
     if (!ParseJsonText(pcBody, stParsed)) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "json parse failed");
-        return JSON_TEXT_NOT_JSON;
+        return ATRIUM_NOT_JSON;
     }
     const Json::Value &stRoot = stParsed;
     const Json::Value &stPhones = stRoot["data"];
     pstResult->uiLinkedPhoneNum = stPhones.size();
     if (pstResult->uiLinkedPhoneNum >= LINKED_PHONE_REFUSED_COUNT) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "linkedPhoneBeans_count error!");
-        return LINKED_PHONE_TOO_MANY;
+        return ATRIUM_TOO_MANY_LINKED_PHONES;
     }
     for (uint32_t i = 0; i < pstResult->uiLinkedPhoneNum; ++i) {
         ReadJsonMembers(stPhones[i], g_astLinkedPhoneMembers, &pstResult->astLinkedPhone[i]);
@@ -474,7 +469,7 @@ uint32_t JsonBuildGetLinkedPhoneInfoBody(tagLOGIN_S_LINKED_PHONE_INFO *pstInfo, 
     }
     Json::Value stRoot(Json::objectValue);
     stRoot["impuList"] = stImpus;
-    return HandOverJsonBody(stRoot, ppcBody, puiLen, LINKED_PHONE_GET_NO_MEMORY, ATRIUM_HERE);
+    return HandOverJsonBody(stRoot, ppcBody, puiLen, ATRIUM_NO_MEMORY_FOR_BODY, ATRIUM_HERE);
 }
 
 /* ---- key tables, for those who describe them ----------------------------------------- */

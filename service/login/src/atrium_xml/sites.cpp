@@ -31,7 +31,6 @@ const uint32_t ADDR_TEXT_CAPACITY = 32;      /* one "a.b.c.d" or "a.b.c.d:port" 
 const uint32_t RESOLVER_ENTRIES = 12;        /* capacity of one resolver answer */
 const uint32_t RESOLVER_TYPE_FIRST = 2;
 const uint32_t RESOLVER_TYPE_SECOND = 1;
-const uint32_t RESULT_RESOLVE_FAILED = 7;
 const uint32_t GROUPS_PER_SITE = 3;          /* groups a site contributes to a selection */
 
 using Group = tagLOGIN_S_ACCESS_SERVER;
@@ -255,7 +254,7 @@ uint32_t XmlAtriumGetIpFromDomain(char *pcOut, uint32_t uiOutLen, const char *pc
     }
     if (uiRet != 0) {
         ATRIUM_TRACE(LOGIN_TRACE_ERROR, "dns err:%s ret:%u", acHost, uiRet);
-        return RESULT_RESOLVE_FAILED;
+        return ATRIUM_NOT_RESOLVED;
     }
 
     /* Appends are not checked: an overflowing one leaves pcOut empty and the join goes on
