@@ -69,7 +69,7 @@ clean:
 #   make fuzz-ci    every fuzz target for FUZZ_CI_SECONDS (default 30; all under 5 minutes)
 #   make valgrind   every unit test under valgrind memcheck (tests/valgrind.supp)
 #   make tsan       the concurrency test under ThreadSanitizer
-#   make coverage   a --coverage build, the unit tests, and gcovr over the module
+#   make coverage   a --coverage build, the unit tests, and gcovr over the module and the platform
 FUZZ_BUILD      ?= build-fuzz
 FUZZ_SECONDS    ?= 600
 FUZZ_CI_SECONDS ?= 30
@@ -139,10 +139,12 @@ coverage: deps
 	cmake --build $(COVERAGE_BUILD) -j $(JOBS)
 	find $(COVERAGE_BUILD) -name '*.gcda' -delete
 	cd $(COVERAGE_BUILD) && ctest -j $(JOBS) --output-on-failure
-	gcovr --root . --object-directory $(COVERAGE_BUILD) --filter 'service/login/src/atrium_xml/' \
-	  --exclude-throw-branches --print-summary --txt $(COVERAGE_BUILD)/coverage.txt \
-	  --html-details $(COVERAGE_BUILD)/coverage.html
-	@cat $(COVERAGE_BUILD)/coverage.txt
+	@for part in module:service/login/src/atrium_xml/ platform:platform/; do \
+	  name=$${part%%:*}; filter=$${part#*:}; \
+	  gcovr --root . --object-directory $(COVERAGE_BUILD) --filter "$$filter" --exclude-throw-branches \
+	    --txt $(COVERAGE_BUILD)/coverage-$$name.txt --html-details $(COVERAGE_BUILD)/coverage-$$name.html \
+	    --print-summary 2>/dev/null | sed "s/^/$$name /" | grep -E "lines|branches" || exit 1; \
+	done
 
 # Benchmarks (docs/performance.md): a Release build in $(BENCH_BUILD); every answer timed
 # against the raw parse of its bytes and against its floor, the portal logins against
