@@ -2,8 +2,8 @@
  * fuzz_json - the unified-call and linked-phone services: both answer parsers on the text,
  * and the three body builders on records decoded from the input (text fields terminated
  * within their capacities and counts within the arrays, as a caller hands them), plus the
- * round trip of a parsed answer into a body. JsonCpp's exceptions are part of the parsers'
- * documented behaviour and are caught here; any other exception is a finding. Every built
+ * round trip of a parsed answer into a body. JsonCpp's exceptions pass through the parsers on
+ * purpose (a member of an unexpected type) and are caught here; any other exception is a finding. Every built
  * body must be the JSON text of the record it came from.
  */
 #include <fuzzer/FuzzedDataProvider.h>

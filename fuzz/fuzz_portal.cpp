@@ -100,13 +100,12 @@ void SaveBody(const Text &body)
 
 ATRIUM_FUZZ_TARGET(FuzzPortal)
 {
-    if (uiSize == 0) {
+    const std::optional<SelectedBody> pInput = SelectBody(pucData, uiSize);
+    if (!pInput) {
         return 0;
     }
-    Initialize();
-    SeedRandom(pucData, uiSize);
-    const uint8_t ucSelector = pucData[0];
-    const Text body = BodyOf(pucData + 1, uiSize - 1);
+    const uint8_t ucSelector = pInput->ucSelector;
+    const Text &body = pInput->body;
     switch (ucSelector % 7) {
     case 0:
         Login(body, ucSelector);

@@ -208,6 +208,16 @@ Text BodyOf(const uint8_t *pucData, size_t uiSize)
     return Text(strBody.substr(0, strBody.find('\0')));
 }
 
+std::optional<SelectedBody> SelectBody(const uint8_t *pucData, size_t uiSize)
+{
+    if (uiSize == 0) {
+        return std::nullopt;
+    }
+    Initialize();
+    SeedRandom(pucData, uiSize);
+    return SelectedBody{pucData[0], BodyOf(pucData + 1, uiSize - 1)};
+}
+
 uint32_t OpenDocuments()
 {
     return static_cast<uint32_t>(g_vecOpenRoots.size());

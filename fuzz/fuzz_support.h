@@ -7,8 +7,8 @@
  * freed what the caller owns, Finish() aborts when a block is left or when a document is
  * left by a function that must release all of its documents.
  *
- * Documents kept on purpose: a few answers return without releasing their document, as
- * documented. The targets are linked with --wrap=KTL_XML_Parse,--wrap=KTL_XML_FreeNode, so
+ * Documents kept on purpose: a few answers return without releasing their document, at the
+ * exits the login service knows. The targets are linked with --wrap=KTL_XML_Parse,--wrap=KTL_XML_FreeNode, so
  * every document the module parses during one input is known by its root; Finish() counts
  * the ones still open, checks the count against what the function may keep, and releases
  * them. That keeps a long run's memory flat (libFuzzer would otherwise accumulate every kept
@@ -25,6 +25,7 @@
 #include <cstring>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "atrium_xml.h"
@@ -70,6 +71,17 @@ private:
 
 /* The body: the bytes after the selector, cut at the first NUL like any C string. */
 Text BodyOf(const uint8_t *pucData, size_t uiSize);
+
+/* An input as the answer targets read it: its first byte chooses the function to call, the
+ * rest is the body. */
+struct SelectedBody {
+    uint8_t ucSelector;
+    Text body;
+};
+
+/* Initializes the process, seeds the random draws from the input and splits it; nothing for
+ * an empty input (nothing to call). */
+std::optional<SelectedBody> SelectBody(const uint8_t *pucData, size_t uiSize);
 
 /* Documents parsed through KTL_XML_Parse since the last Finish() and still open. */
 uint32_t OpenDocuments();

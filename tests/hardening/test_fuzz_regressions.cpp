@@ -3,7 +3,7 @@
  * under tests/hardening/regressions/<target>/ and every answer of the repository, through
  * every function of every target, must pass the harnesses' checks (no block left, no
  * document left that the function may not keep, records terminated within their fields,
- * results among the documented ones). A broken check aborts the program with its message.
+ * results among those the function can return). A broken check aborts the program with its message.
  */
 #include <gtest/gtest.h>
 

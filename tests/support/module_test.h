@@ -107,9 +107,10 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
-    /* The path under test keeps uiCount documents unreleased, as specified. */
+    /* The path under test keeps uiCount documents unreleased on purpose (the login service
+     * is built against that exit as it is). */
     void ExpectDocumentsKept(uint32_t uiCount = 1) { m_uiKeptDocuments += uiCount; }
-    /* The path under test leaves uiCount module blocks unreleased, as specified. */
+    /* The path under test leaves uiCount module blocks unreleased on purpose. */
     void ExpectBlocksKept(uint32_t uiCount = 1) { m_uiKeptBlocks += uiCount; }
     /* Documents parsed and not yet released since the test began. */
     uint32_t LiveDocumentsSinceStart() const { return KTL_XML_LiveDocuments() - m_uiBaseDocuments; }

@@ -45,6 +45,21 @@ inline std::vector<GroupPick> SelectedGroups(const tagLOGIN_S_ATRIUM_USER_INFO &
     return vecPicks;
 }
 
+/* A test of an answer rooted at UserInfo with a LoginToken (the authentication token and
+ * the token information). */
+class TokenAnswerTest : public ModuleTest {
+protected:
+    static std::string Answer(const std::string &strInner)
+    {
+        return "<?xml version=\"1.0\"?><UserInfo>" + strInner + "</UserInfo>";
+    }
+    static std::string Token(const std::string &strToken, const std::string &strExpire)
+    {
+        return "<LoginToken><AccessToken>" + strToken + "</AccessToken><ExpireIn>" + strExpire +
+               "</ExpireIn></LoginToken>";
+    }
+};
+
 /* A test of a parser that fills a portal user record: the record starts cleared, and what
  * the parser handed over is released after each test, as the login service does. */
 class PortalUserTest : public ModuleTest {

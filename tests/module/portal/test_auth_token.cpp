@@ -7,24 +7,13 @@
 #include <cstring>
 #include <string>
 
-#include "module_test.h"
+#include "portal_test.h"
 
 using ::testing::ElementsAre;
 
 namespace {
 
-class AuthTokenTest : public ModuleTest {
-protected:
-    static std::string Answer(const std::string &strInner)
-    {
-        return "<?xml version=\"1.0\"?><UserInfo>" + strInner + "</UserInfo>";
-    }
-    static std::string Token(const std::string &strToken, const std::string &strExpire)
-    {
-        return "<LoginToken><AccessToken>" + strToken + "</AccessToken><ExpireIn>" + strExpire +
-               "</ExpireIn></LoginToken>";
-    }
-};
+using AuthTokenTest = portal_test::TokenAnswerTest;
 
 TEST_F(AuthTokenTest, FullAnswerFillsEveryField)
 {

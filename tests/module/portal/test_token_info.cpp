@@ -15,18 +15,7 @@ using namespace portal_test;
 
 namespace {
 
-class TokenInfoTest : public ModuleTest {
-protected:
-    static std::string Answer(const std::string &strInner)
-    {
-        return "<?xml version=\"1.0\"?><UserInfo>" + strInner + "</UserInfo>";
-    }
-    static std::string Token(const std::string &strToken, const std::string &strExpire)
-    {
-        return "<LoginToken><AccessToken>" + strToken + "</AccessToken><ExpireIn>" + strExpire +
-               "</ExpireIn></LoginToken>";
-    }
-};
+using TokenInfoTest = portal_test::TokenAnswerTest;
 
 TEST_F(TokenInfoTest, FullAnswerFillsEveryField)
 {
