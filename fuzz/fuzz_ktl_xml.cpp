@@ -52,7 +52,8 @@ void CheckLookup(_NODE *pstRoot, const std::string &strPath)
 
     const KTL_XML_PATH stSplit = ktl_xml::CompilePath(strPath.c_str());
     const bool bSplittable = uiExpected != KTL_XML_ERR_BAD_PATH &&
-                             std::count(strPath.begin(), strPath.end(), '.') < KTL_XML_PATH_STEPS_MAX &&
+                             std::count(strPath.begin(), strPath.end(), '.') <
+                                 static_cast<std::ptrdiff_t>(KTL_XML_PATH_STEPS_MAX) &&
                              strPath.size() <= 0xFFFF;
     FUZZ_CHECK((stSplit.uiSteps != 0) == bSplittable);
     pstFound = nullptr;

@@ -9,6 +9,9 @@
 
 #include <dirent.h>
 
+#include <cerrno>
+#include <cstring>
+
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -37,14 +40,28 @@ const Target TARGETS[] = {
     {"fuzz_sites", FuzzSites, 4},   {"fuzz_ktl_xml", FuzzKtlXml, 1},
 };
 
+/* The files of a folder, its README excepted. A folder that is not there has none; one that
+ * cannot be opened or read fails the test instead of looking empty (a 32-bit build without
+ * large-file offsets gets EOVERFLOW from readdir on the first entry). */
 std::vector<std::string> FilesIn(const std::string &strDir)
 {
     std::vector<std::string> vecFiles;
     DIR *pDir = opendir(strDir.c_str());
     if (pDir == nullptr) {
+        if (errno != ENOENT) {
+            ADD_FAILURE() << "cannot open " << strDir << ": " << std::strerror(errno);
+        }
         return vecFiles;
     }
-    for (dirent *pEntry = readdir(pDir); pEntry != nullptr; pEntry = readdir(pDir)) {
+    for (;;) {
+        errno = 0;
+        const dirent *pEntry = readdir(pDir);
+        if (pEntry == nullptr) {
+            if (errno != 0) {
+                ADD_FAILURE() << "cannot read " << strDir << ": " << std::strerror(errno);
+            }
+            break;
+        }
         std::string strName = pEntry->d_name;
         if (strName != "." && strName != ".." && strName != "README.md") {
             vecFiles.push_back(strDir + "/" + strName);

@@ -216,7 +216,10 @@ INSTANTIATE_TEST_SUITE_P(
         BadRequest{R"({"astUniCallBean": [[]]})", "astUniCallBean[0]: expected an object (tagLOGIN_S_UNICALL_BEAN)"},
         BadRequest{R"({"uiUniCallBeanNum": 21})", "uiUniCallBeanNum: 21 exceeds the 20 entries of astUniCallBean"},
         BadRequest{R"({"astUniCallBean": [{},{},{},{},{},{},{},{},{},{},{},{},{},{},{},{},{},{},{},{},{}]})",
-                   "astUniCallBean: 21 entries given, the field holds 20"}));
+                   "astUniCallBean: 21 entries given, the field holds 20"}),
+    /* Named by their place in the list: the default name would be the bytes of the two
+     * pointers, which differ from run to run. */
+    [](const ::testing::TestParamInfo<BadRequest> &stInfo) { return "Case" + std::to_string(stInfo.index); });
 
 TEST(RecordFromJsonTest, APointerCannotBeGiven)
 {
