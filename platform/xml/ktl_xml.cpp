@@ -36,7 +36,9 @@
 #include <array>
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <string>
 #include <type_traits>
@@ -152,6 +154,35 @@ const uint32_t CHILDREN_SCANNED_WHOLE = 16;
 /* Parents a parser alternates between (a group, its media list, its STG group, ...). */
 const uint32_t CURSORS_PER_DOCUMENT = 4;
 
+/*
+ * Blocks from pugixml's allocation function (the function a program may set for all of
+ * pugixml's memory) aligned for the library's records whatever that function returns: the
+ * block is taken BLOCK_SLACK bytes larger and used from its first suitably aligned byte;
+ * the block's own start is kept to hand back. pugixml asks no more of the function than
+ * pointer alignment, and the records may want more (64-bit words on a 32-bit target).
+ */
+constexpr size_t RECORD_ALIGN = alignof(std::max_align_t);
+constexpr size_t BLOCK_SLACK = RECORD_ALIGN - 1;
+
+struct AlignedBlock {
+    void *pvBlock;  /* what the allocation function returned, to be handed back */
+    char *pcStart;  /* its first byte aligned to RECORD_ALIGN */
+};
+
+AlignedBlock AllocateAligned(size_t uiSize)
+{
+    if (uiSize > SIZE_MAX - BLOCK_SLACK) {
+        return AlignedBlock{nullptr, nullptr};
+    }
+    void *pvBlock = pugi::get_memory_allocation_function()(uiSize + BLOCK_SLACK);
+    if (pvBlock == nullptr) {
+        return AlignedBlock{nullptr, nullptr};
+    }
+    void *pvStart = pvBlock;
+    size_t uiSpace = uiSize + BLOCK_SLACK;
+    return AlignedBlock{pvBlock, static_cast<char *>(std::align(RECORD_ALIGN, uiSize, pvStart, uiSpace))};
+}
+
 /* What KTL_XML_Parse allocates, as one block from pugixml's allocation functions (like
  * the rest of the document's memory): the pugixml document and the lookup state of its
  * readers, then room for the element array, then the copy of the text pugixml parses in
@@ -159,31 +190,35 @@ const uint32_t CURSORS_PER_DOCUMENT = 4;
  * array that outgrows it moves to a block of its own. */
 struct Document {
     pugi::xml_document xDoc;
+    void *const pvBlock;      /* the block holding this document, to hand back */
     _NODE *const pstRoom;
     _NODE *pstElements;
+    void *pvMovedElements;    /* the block of an element array that outgrew the room, or null */
     uint32_t uiElements = 0;
     uint32_t uiCapacity;
     ChildCursor astCursors[CURSORS_PER_DOCUMENT];
     uint32_t uiNextCursor = 0;
 
-    Document(_NODE *pstRoomInBlock, uint32_t uiRoom)
-        : pstRoom(pstRoomInBlock), pstElements(pstRoomInBlock), uiCapacity(uiRoom)
+    Document(void *pvOwnBlock, _NODE *pstRoomInBlock, uint32_t uiRoom)
+        : pvBlock(pvOwnBlock), pstRoom(pstRoomInBlock), pstElements(pstRoomInBlock), pvMovedElements(nullptr),
+          uiCapacity(uiRoom)
     {
     }
     Document(const Document &) = delete;
     Document &operator=(const Document &) = delete;
     ~Document()
     {
-        if (pstElements != pstRoom) {
-            pugi::get_memory_deallocation_function()(pstElements);
+        if (pvMovedElements != nullptr) {
+            pugi::get_memory_deallocation_function()(pvMovedElements);
         }
     }
 };
 
-/* Where the element room starts in a document's block. */
-constexpr size_t ROOM_OFFSET = (sizeof(Document) + alignof(_NODE) - 1) / alignof(_NODE) * alignof(_NODE);
-static_assert(alignof(Document) <= alignof(std::max_align_t) && alignof(_NODE) <= alignof(std::max_align_t),
-              "the block from the allocation function is aligned for both");
+/* Where the element room starts in a document's block: the root record is aligned as a
+ * block of malloc is. */
+constexpr size_t ROOM_OFFSET = (sizeof(Document) + RECORD_ALIGN - 1) / RECORD_ALIGN * RECORD_ALIGN;
+static_assert(alignof(Document) <= RECORD_ALIGN && alignof(_NODE) <= RECORD_ALIGN,
+              "an aligned block is aligned for both");
 
 /* The cursor of a parent, or a recycled one reset for it. */
 ChildCursor &CursorFor(Document &stDoc, const _NODE *pstParent)
@@ -280,17 +315,19 @@ bool ReserveElements(Document &stDoc, uint32_t uiWanted)
         return true;
     }
     const size_t uiNewCapacity = std::max<size_t>(uiWanted, size_t{stDoc.uiCapacity} * 2);
-    if (uiNewCapacity > UINT32_MAX) {
+    if (uiNewCapacity > UINT32_MAX || uiNewCapacity > SIZE_MAX / sizeof(_NODE)) {
         return false;
     }
-    auto *pstNew = static_cast<_NODE *>(pugi::get_memory_allocation_function()(uiNewCapacity * sizeof(_NODE)));
-    if (pstNew == nullptr) {
+    const AlignedBlock stBlock = AllocateAligned(uiNewCapacity * sizeof(_NODE));
+    if (stBlock.pvBlock == nullptr) {
         return false;
     }
+    auto *pstNew = reinterpret_cast<_NODE *>(stBlock.pcStart);
     std::copy_n(stDoc.pstElements, stDoc.uiElements, pstNew);
-    if (stDoc.pstElements != stDoc.pstRoom) {
-        pugi::get_memory_deallocation_function()(stDoc.pstElements);
+    if (stDoc.pvMovedElements != nullptr) {
+        pugi::get_memory_deallocation_function()(stDoc.pvMovedElements);
     }
+    stDoc.pvMovedElements = stBlock.pvBlock;
     stDoc.pstElements = pstNew;
     stDoc.uiCapacity = static_cast<uint32_t>(uiNewCapacity);
     return true;
@@ -304,11 +341,10 @@ bool AppendElement(Document &stDoc, pugi::xml_node xElement, char *pcName)
     if (!ReserveElements(stDoc, stDoc.uiElements + 1)) {
         return false;
     }
-    /* One pass finds the first ':' or the end; names without a prefix need no other. */
-    const char *pcColon = strchrnul(pcName, ':');
-    const bool bColon = (*pcColon == ':');
-    const size_t uiNameLen = static_cast<size_t>(pcColon - pcName) + (bColon ? std::strlen(pcColon) : 0);
-    pcColon = bColon ? pcColon : nullptr;
+    /* The name's length, then its first ':' within it (the C library's scanners, which read
+     * several bytes at a time). */
+    const size_t uiNameLen = std::strlen(pcName);
+    const char *pcColon = static_cast<const char *>(std::memchr(pcName, ':', uiNameLen));
     const uint32_t uiLocalAt =
         (pcColon != nullptr && pcColon != pcName) ? static_cast<uint32_t>(pcColon + 1 - pcName) : 0;
     const uint32_t uiLocalHash = (uiLocalAt != 0) ? HashName(pcName + uiLocalAt, uiNameLen - uiLocalAt) : 0;
@@ -387,8 +423,9 @@ uint32_t LoadCopy(Document &stDoc, char *pcCopy, size_t uiCopyLen)
 
 void DestroyDocument(Document *pstDoc)
 {
+    void *pvBlock = pstDoc->pvBlock;
     pstDoc->~Document();
-    pugi::get_memory_deallocation_function()(pstDoc);
+    pugi::get_memory_deallocation_function()(pvBlock);
 }
 
 /* ---- lookups ------------------------------------------------------------------------ */
@@ -511,13 +548,13 @@ extern "C" uint32_t KTL_XML_Parse(const char *pcText, _NODE **ppstRoot)
     }
     const size_t uiRoom = std::min<size_t>(uiTextLen / 16 + 16, UINT32_MAX);
     const size_t uiCopyAt = ROOM_OFFSET + uiRoom * sizeof(_NODE);
-    void *pvBlock = pugi::get_memory_allocation_function()(uiCopyAt + uiTextLen + 1);
-    if (pvBlock == nullptr) {
+    const AlignedBlock stBlock = AllocateAligned(uiCopyAt + uiTextLen + 1);
+    if (stBlock.pvBlock == nullptr) {
         return KTL_XML_ERR_NO_MEMORY;
     }
-    char *pcBlock = static_cast<char *>(pvBlock);
-    auto *pstDoc =
-        new (pvBlock) Document(reinterpret_cast<_NODE *>(pcBlock + ROOM_OFFSET), static_cast<uint32_t>(uiRoom));
+    char *pcBlock = stBlock.pcStart;
+    auto *pstDoc = new (pcBlock) Document(stBlock.pvBlock, reinterpret_cast<_NODE *>(pcBlock + ROOM_OFFSET),
+                                          static_cast<uint32_t>(uiRoom));
     std::memcpy(pcBlock + uiCopyAt, pcText, uiTextLen + 1);
     const uint32_t uiRet = LoadCopy(*pstDoc, pcBlock + uiCopyAt, uiTextLen + 1);
     if (uiRet != 0) {
@@ -559,12 +596,12 @@ extern "C" uint32_t KTL_XML_GetNodeByUrl(_NODE *pstStart, const char *pcPath, _N
         return KTL_XML_ERR_NULL_ARG;
     }
 
-    /* Each component is matched as soon as its end is found (strchrnul: one pass finds the
+    /* Each component is matched as soon as its end is found (strcspn: one pass finds the
      * next dot or the terminator). After a component fails to match, the rest of the path
      * is still checked, so that an empty component is refused whatever the document holds. */
     const _NODE *pstCurrent = pstStart;
     for (const char *pcComp = pcPath;;) {
-        const char *pcEnd = strchrnul(pcComp, '.');
+        const char *pcEnd = pcComp + std::strcspn(pcComp, ".");
         const size_t uiLen = static_cast<size_t>(pcEnd - pcComp);
         if (uiLen == 0) {
             return KTL_XML_ERR_BAD_PATH;

@@ -15,6 +15,7 @@
 #include <pugixml.hpp>
 
 #include <cstdlib>
+#include <cstdint>
 #include <cstring>
 #include <string>
 
@@ -370,6 +371,69 @@ TEST(KtlXmlParse, AnAllocationThatFailsGivesNoMemoryAndLeavesNothing)
     }
     EXPECT_GT(uiPageAllocations, 1u) << "the text fills several pages";
     EXPECT_EQ(uiFailures, 1 + uiPageAllocations + 2);
+}
+
+/* While it lives, pugixml's allocations get blocks aligned to a pointer's size and no more
+ * (each one starts a pointer's size past a block of malloc, which is aligned to more): the
+ * least a program that sets pugixml's memory functions may hand out. */
+class PointerAlignedXmlAllocator {
+public:
+    PointerAlignedXmlAllocator()
+        : m_pfnOldAllocate(pugi::get_memory_allocation_function()),
+          m_pfnOldDeallocate(pugi::get_memory_deallocation_function())
+    {
+        pugi::set_memory_management_functions(&Allocate, &Deallocate);
+    }
+    ~PointerAlignedXmlAllocator() { pugi::set_memory_management_functions(m_pfnOldAllocate, m_pfnOldDeallocate); }
+    PointerAlignedXmlAllocator(const PointerAlignedXmlAllocator &) = delete;
+    PointerAlignedXmlAllocator &operator=(const PointerAlignedXmlAllocator &) = delete;
+
+    static bool BlocksWereShifted() { return s_bShifted; }
+
+private:
+    static void *Allocate(size_t uiSize)
+    {
+        char *pcBlock = static_cast<char *>(std::malloc(uiSize + sizeof(void *)));
+        if (pcBlock == nullptr) {
+            return nullptr;
+        }
+        s_bShifted = s_bShifted || (reinterpret_cast<uintptr_t>(pcBlock + sizeof(void *)) % alignof(std::max_align_t)) != 0;
+        return pcBlock + sizeof(void *);
+    }
+    static void Deallocate(void *pvBlock)
+    {
+        if (pvBlock != nullptr) {
+            std::free(static_cast<char *>(pvBlock) - sizeof(void *));
+        }
+    }
+    static bool s_bShifted;
+    pugi::allocation_function m_pfnOldAllocate;
+    pugi::deallocation_function m_pfnOldDeallocate;
+};
+bool PointerAlignedXmlAllocator::s_bShifted = false;
+
+TEST(KtlXmlParse, DocumentsAreAlignedWhateverTheAllocatorHandsOut)
+{
+    /* enough elements that the element list outgrows its first room and moves */
+    std::string strText = "<r>";
+    for (int i = 0; i < 400; ++i) {
+        strText += "<e><f>v</f></e>";
+    }
+    strText += "<b>last</b></r>";
+    const uint32_t uiLiveBefore = KTL_XML_LiveDocuments();
+    {
+        PointerAlignedXmlAllocator oAllocator;
+        _NODE *pstRoot = nullptr;
+        ASSERT_EQ(KTL_XML_Parse(strText.c_str(), &pstRoot), 0u);
+        EXPECT_EQ(reinterpret_cast<uintptr_t>(pstRoot) % alignof(std::max_align_t), 0u);
+        EXPECT_STREQ(ValueAt(pstRoot, "r.b"), "last");
+        uint32_t uiChildren = 0;
+        ASSERT_EQ(KTL_XML_GetNodeChildNum(pstRoot, &uiChildren), 0u);
+        EXPECT_EQ(uiChildren, 401u);
+        KTL_XML_FreeNode(pstRoot);
+    }
+    EXPECT_TRUE(PointerAlignedXmlAllocator::BlocksWereShifted()) << "the test's blocks were aligned to more anyway";
+    EXPECT_EQ(KTL_XML_LiveDocuments(), uiLiveBefore);
 }
 
 TEST(KtlXmlParse, LiveDocumentCountFollowsParseAndFree)
