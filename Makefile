@@ -2,8 +2,8 @@
 #   make deps     install the Debian packages the project needs
 #   make build    configure and build (Debug, warnings as errors) in build/
 #   make test     build and run every test: normal build, AddressSanitizer+UBSan build,
-#                 ThreadSanitizer race, a short run of every fuzz target, and the
-#                 benchmarks' checks (bench-check)
+#                 the unit tests against the system's pugixml, ThreadSanitizer race, a
+#                 short run of every fuzz target, and the benchmarks' checks (bench-check)
 #   make asan     only the sanitizer build and its tests
 #   make demo     build, then decode the bundled sample answers
 #   make expected regenerate the inspector's expected outputs after a deliberate change
@@ -35,9 +35,19 @@ asan: deps
 	cmake --build $(ASAN_BUILD) -j $(JOBS)
 	cd $(ASAN_BUILD) && ctest -j $(JOBS) --output-on-failure
 
-# Every test: the normal build, the sanitizer build, the race under ThreadSanitizer, a
-# short run of every fuzz target and the benchmarks' checks.
-test: test-normal asan tsan fuzz-ci bench-check
+# The unit tests again against Debian's shared pugixml (the other builds compile pugixml in
+# from its source package, scripts/fetch-sources.sh).
+SYSTEM_PUGIXML_BUILD ?= build-system-pugixml
+.PHONY: test-system-pugixml
+test-system-pugixml: deps
+	$(CONFIGURE) -B $(SYSTEM_PUGIXML_BUILD) -DCMAKE_BUILD_TYPE=Debug -DATRIUM_XML_PUGIXML=system
+	cmake --build $(SYSTEM_PUGIXML_BUILD) -j $(JOBS)
+	cd $(SYSTEM_PUGIXML_BUILD) && ctest -j $(JOBS) --output-on-failure
+
+# Every test: the normal build, the sanitizer build, the unit tests against the system's
+# pugixml, the race under ThreadSanitizer, a short run of every fuzz target and the
+# benchmarks' checks.
+test: test-normal asan test-system-pugixml tsan fuzz-ci bench-check
 
 demo: build
 	@$(BUILD)/tools/atrium-xml check examples/answers || \
@@ -62,7 +72,7 @@ tidy: build
 	find platform service -name '*.cpp' | xargs -r clang-tidy -p $(BUILD) --quiet
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(SYSTEM_PUGIXML_BUILD)
 
 # ---- hardening (docs/robustness.md) ------------------------------------------------------
 #   make fuzz       each fuzz target for FUZZ_SECONDS (default 600), one after the other

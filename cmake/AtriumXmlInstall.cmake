@@ -31,6 +31,14 @@ install(EXPORT atrium_xml_targets
         FILE atrium_xmlTargets.cmake
         DESTINATION ${ATRIUM_XML_CMAKEDIR})
 
+# pugixml compiled into ktl_xml is no dependency of the installed package.
+if(ATRIUM_XML_PUGIXML STREQUAL "source")
+  set(ATRIUM_XML_FIND_PUGIXML "# pugixml is compiled into ktl_xml")
+  set(ATRIUM_XML_PC_PUGIXML "")
+else()
+  set(ATRIUM_XML_FIND_PUGIXML "find_dependency(pugixml CONFIG)")
+  set(ATRIUM_XML_PC_PUGIXML "pugixml ")
+endif()
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/atrium_xmlConfig.cmake.in
                               ${PROJECT_BINARY_DIR}/atrium_xmlConfig.cmake
                               INSTALL_DESTINATION ${ATRIUM_XML_CMAKEDIR})

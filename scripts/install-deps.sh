@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that building, testing, benchmarking and fuzzing need.
-# Idempotent: does nothing when every package is already installed. Works as root or
-# through sudo.
+# Installs the Debian packages that building, testing, benchmarking and fuzzing need, then
+# fetches the source packages the build compiles in (scripts/fetch-sources.sh: pugixml).
+# Idempotent: does nothing when every package is installed and every source fetched. Works
+# as root or through sudo (only the installation needs either).
 set -euo pipefail
 
 packages=(
@@ -9,7 +10,12 @@ packages=(
   libpugixml-dev libjsoncpp-dev libsodium-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev
   clang libclang-rt-14-dev valgrind gcovr libxml2-dev
+  gpgv debian-archive-keyring dpkg-dev
 )
+
+fetch_sources() {
+  bash "$(dirname "$0")/fetch-sources.sh" pugixml:libpugixml-dev
+}
 
 missing=()
 for package in "${packages[@]}"; do
@@ -17,7 +23,10 @@ for package in "${packages[@]}"; do
     missing+=("$package")
   fi
 done
-[ ${#missing[@]} -eq 0 ] && exit 0
+if [ ${#missing[@]} -eq 0 ]; then
+  fetch_sources
+  exit 0
+fi
 
 if [ "$(id -u)" -eq 0 ]; then
   as_root=()
@@ -32,3 +41,4 @@ echo "install-deps: installing ${missing[*]}"
 export DEBIAN_FRONTEND=noninteractive
 "${as_root[@]}" apt-get update -qq
 "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fetch_sources

@@ -41,7 +41,6 @@
 #include <memory>
 #include <new>
 #include <string>
-#include <type_traits>
 
 namespace {
 struct Document;
@@ -248,30 +247,16 @@ uint32_t CodeOfParseStatus(pugi::xml_parse_status eStatus)
     }
 }
 
-/* Whether a handle holds a node. pugixml's handle is one pointer, a protected member of its
- * public class; reading it here spares an out-of-line call per node of the walk below. */
-class NodeHandle : public pugi::xml_node {
-public:
-    explicit NodeHandle(pugi::xml_node xNode) : pugi::xml_node(xNode) {}
-    bool Holds() const { return _root != nullptr; }
-};
-
+/* Whether a handle holds a node or an attribute (pugixml's accessors: inline when pugixml is
+ * compiled in). */
 bool Holds(pugi::xml_node xNode)
 {
-    return NodeHandle(xNode).Holds();
+    return !xNode.empty();
 }
-
-/* The same for pugixml's attribute handle, whose one pointer is private: the header
- * declares it as the class's only member, so the handle's bytes are that pointer. */
-static_assert(sizeof(pugi::xml_attribute) == sizeof(void *) &&
-                  std::is_trivially_copyable<pugi::xml_attribute>::value,
-              "pugixml's attribute handle is one pointer");
 
 bool Holds(pugi::xml_attribute xAttr)
 {
-    void *pvAttr;
-    std::memcpy(&pvAttr, &xAttr, sizeof(pvAttr));
-    return pvAttr != nullptr;
+    return !xAttr.empty();
 }
 
 /* pugixml (in fragment mode) accepts several top-level elements and text beside them; an
