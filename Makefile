@@ -63,6 +63,19 @@ demo: build
 expected: build
 	cd $(BUILD) && ATRIUM_XML_UPDATE_EXPECTED=1 ctest -R '^tool\.' --output-on-failure
 
+# Sizes (text + data) of the module's and platform's static libraries and of a stripped
+# program that decodes one answer, from a Release build (docs/porting.md).
+SIZES_BUILD ?= build-sizes
+.PHONY: sizes
+sizes: deps
+	$(CONFIGURE) -B $(SIZES_BUILD) -DCMAKE_BUILD_TYPE=Release -DATRIUM_XML_BUILD_TESTS=OFF \
+	  -DATRIUM_XML_BUILD_TOOLS=OFF
+	cmake --build $(SIZES_BUILD) -j $(JOBS) --target atrium_xml login_service_default auth_token_demo
+	@libs=$$(find $(SIZES_BUILD)/service $(SIZES_BUILD)/platform -name '*.a' ! -name 'liblogin_service_default.a'); \
+	  size -t $$libs | awk 'END { printf "module and platform libraries: text %d, data %d\n", $$1, $$2 }'
+	@strip -o $(SIZES_BUILD)/auth_token_demo.stripped $(SIZES_BUILD)/examples/auth_token_demo; \
+	  size $(SIZES_BUILD)/auth_token_demo.stripped | awk 'NR == 2 { printf "stripped program using one parser: text %d, data %d\n", $$1, $$2 }'
+
 # Formats the lines changed since HEAD (key tables are laid out by hand, row per key, and
 # a whole-file run would stretch them to one value per line).
 format:

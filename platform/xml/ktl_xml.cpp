@@ -722,13 +722,15 @@ extern "C" const char *KTL_XML_CodeText(uint32_t uiCode)
     default:
         break;
     }
+    /* The statuses pugixml has; the parse never gives one above the last. */
+    constexpr uint32_t STATUSES = pugi::status_no_document_element + 1;
     const uint32_t uiStatus = uiCode - KTL_XML_ERR_PARSE_BASE;
-    if (uiCode <= KTL_XML_ERR_PARSE_BASE || uiStatus > 0xFF) {
+    if (uiCode <= KTL_XML_ERR_PARSE_BASE || uiStatus >= STATUSES) {
         return nullptr;
     }
     /* pugixml's own description of each status, made once into static texts. */
-    static const std::array<std::string, 0x100> s_astrTexts = [] {
-        std::array<std::string, 0x100> astrTexts;
+    static const std::array<std::string, STATUSES> s_astrTexts = [] {
+        std::array<std::string, STATUSES> astrTexts;
         for (uint32_t i = 0; i < astrTexts.size(); ++i) {
             pugi::xml_parse_result xResult;
             xResult.status = static_cast<pugi::xml_parse_status>(i);

@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include "atrium_xml.h"
+#include "capture.h"
 #include "detect.h"
 #include "record_print.h"
 
@@ -409,6 +410,9 @@ std::unique_ptr<ParsedAnswer> ParseAnswer(const AnswerKind &stKind, const std::s
     }
     if (stProfile) {
         pParsed->uiProfileBytes = stProfile->WrittenBytes();
+    }
+    if (pParsed->iCode && *pParsed->iCode > 255) {
+        pParsed->strErrorAt = LocateXmlError(strBody);
     }
     uint32_t uiVerdict = 0;
     if (stKind.pcVerdict != nullptr &&

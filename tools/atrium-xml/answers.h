@@ -87,6 +87,8 @@ struct ParsedAnswer {
     Observations stSeen;
     std::optional<uint64_t> uiProfileBytes; /* bytes of the saved profile */
     std::optional<uint32_t> uiVerdict;      /* the server's own non-zero verdict in the record */
+    std::vector<std::string> vecCaptureNotes; /* what was taken off the capture (capture.h) */
+    std::string strErrorAt;                   /* where a text that is not XML goes wrong */
 
     bool Failed() const { return !iCode.has_value() || *iCode != 0; }
     std::string Meaning() const;

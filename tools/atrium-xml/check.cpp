@@ -20,8 +20,8 @@
 
 #include <unistd.h>
 
+#include "capture.h"
 #include "detect.h"
-#include "input.h"
 
 namespace atrium_tool {
 
@@ -76,18 +76,19 @@ bool CollectAnswers(const std::vector<std::string> &vecPaths, std::vector<Checke
 
 void CheckOne(CheckedAnswer &stAnswer, const CheckOptions &stOptions)
 {
-    std::string strBody;
-    if (!ReadInput(stAnswer.strPath, stOptions.uiMaxBytes, strBody, stAnswer.strError)) {
+    Capture stCapture;
+    if (!ReadCapture(stAnswer.strPath, stOptions.uiMaxBytes, stCapture, stAnswer.strError)) {
         stAnswer.strError = "unreadable: " + stAnswer.strError;
         return;
     }
     std::string strWhy;
-    const AnswerKind *pstKind = DetectKind(strBody, strWhy);
+    const AnswerKind *pstKind = DetectKind(stCapture.strBody, strWhy);
     if (pstKind == nullptr) {
         stAnswer.strError = "cannot tell the kind: " + strWhy;
         return;
     }
-    stAnswer.pParsed = ParseAnswer(*pstKind, strBody, stOptions.stParse);
+    stAnswer.pParsed = ParseAnswer(*pstKind, stCapture.strBody, stOptions.stParse);
+    stAnswer.pParsed->vecCaptureNotes = stCapture.vecNotes;
     stAnswer.pParsed->pRecord.reset(); /* only the outcome is reported */
 }
 
@@ -146,9 +147,15 @@ std::string OutcomeText(const CheckedAnswer &stAnswer)
     const ParsedAnswer &stParsed = *stAnswer.pParsed;
     std::string strText =
         stParsed.iCode ? std::to_string(*stParsed.iCode) + " (" + stParsed.Meaning() + ")" : stParsed.Meaning();
+    if (!stParsed.strErrorAt.empty()) {
+        strText += "; " + stParsed.strErrorAt;
+    }
     if (stParsed.uiVerdict) {
         strText += "; server verdict " + std::string(stParsed.pstKind->pcVerdict) + " = " +
                    std::to_string(*stParsed.uiVerdict);
+    }
+    for (const std::string &strNote : stParsed.vecCaptureNotes) {
+        strText += "; " + strNote;
     }
     for (size_t i = 0; i < stParsed.stSeen.vecDropped.size(); ++i) {
         strText += (i == 0 ? "; dropped: " : ", ") + FormatDropped(stParsed.stSeen.vecDropped[i]);

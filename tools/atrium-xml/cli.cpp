@@ -14,6 +14,7 @@
 
 #include "answers.h"
 #include "build.h"
+#include "capture.h"
 #include "check.h"
 #include "detect.h"
 #include "input.h"
@@ -96,12 +97,12 @@ std::string KindTable()
     return strTable;
 }
 
-/* The answer at strPath into strBody; when it cannot be read, says why on stderr. */
+/* The answer at strPath, out of what wraps it; when it cannot be read, says why on stderr. */
 bool ReadAnswerOrSay(const std::string &strPath, const std::string &strName, const CommonOptions &stCommon,
-                     std::string &strBody)
+                     Capture &stCapture)
 {
     std::string strError;
-    if (!ReadInput(strPath, stCommon.uiMaxBytes, strBody, strError)) {
+    if (!ReadCapture(strPath, stCommon.uiMaxBytes, stCapture, strError)) {
         std::cerr << "atrium-xml: " << strName << ": " << strError << '\n';
         return false;
     }
@@ -117,10 +118,11 @@ int RunParse(const std::string &strKind, const std::string &strPath, const Commo
         return 2;
     }
     const std::string strName = InputName(strPath);
-    std::string strBody;
-    if (!ReadAnswerOrSay(strPath, strName, stCommon, strBody)) {
+    Capture stCapture;
+    if (!ReadAnswerOrSay(strPath, strName, stCommon, stCapture)) {
         return 2;
     }
+    const std::string &strBody = stCapture.strBody;
     std::string strError;
     if (pstKind == nullptr && (pstKind = DetectKind(strBody, strError)) == nullptr) {
         std::cerr << "atrium-xml: " << strName << ": cannot tell the kind: " << strError
@@ -129,6 +131,7 @@ int RunParse(const std::string &strKind, const std::string &strPath, const Commo
     }
     InstallTraceSink(stCommon.iTraceLevel);
     const std::unique_ptr<ParsedAnswer> pParsed = ParseAnswer(*pstKind, strBody, stCommon.stParse);
+    pParsed->vecCaptureNotes = stCapture.vecNotes;
     PrintTraces(std::cerr, pParsed->stSeen, "");
     const Format eDefault = isatty(STDOUT_FILENO) ? Format::Text : Format::Json;
     PrintParsedAnswer(std::cout, strName, *pParsed, stCommon.OutputFormat(eDefault));
@@ -138,10 +141,11 @@ int RunParse(const std::string &strKind, const std::string &strPath, const Commo
 int RunDetect(const std::string &strPath, const CommonOptions &stCommon)
 {
     const std::string strName = InputName(strPath);
-    std::string strBody;
-    if (!ReadAnswerOrSay(strPath, strName, stCommon, strBody)) {
+    Capture stCapture;
+    if (!ReadAnswerOrSay(strPath, strName, stCommon, stCapture)) {
         return 2;
     }
+    const std::string &strBody = stCapture.strBody;
     std::string strError;
     const AnswerKind *pstKind = DetectKind(strBody, strError);
     if (pstKind == nullptr) {

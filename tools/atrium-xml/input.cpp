@@ -47,7 +47,7 @@ std::string InputName(const std::string &strPath)
     return strPath == "-" ? "standard input" : strPath;
 }
 
-bool ReadInput(const std::string &strPath, uint64_t uiMaxBytes, std::string &strText, std::string &strError)
+bool ReadRawInput(const std::string &strPath, uint64_t uiMaxBytes, std::string &strText, std::string &strError)
 {
     std::unique_ptr<FILE, FileCloser> pFile(nullptr, std::fclose);
     if (strPath == "-") {
@@ -74,6 +74,14 @@ bool ReadInput(const std::string &strPath, uint64_t uiMaxBytes, std::string &str
     }
     if (strText.empty()) {
         strError = "empty input";
+        return false;
+    }
+    return true;
+}
+
+bool ReadInput(const std::string &strPath, uint64_t uiMaxBytes, std::string &strText, std::string &strError)
+{
+    if (!ReadRawInput(strPath, uiMaxBytes, strText, strError)) {
         return false;
     }
     const size_t uiNul = strText.find('\0');

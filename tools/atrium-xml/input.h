@@ -24,6 +24,10 @@ std::string InputName(const std::string &strPath);
  */
 bool ReadInput(const std::string &strPath, uint64_t uiMaxBytes, std::string &strText, std::string &strError);
 
+/* The same, without the refusal of binary input (a capture in UTF-16 holds NUL bytes until
+ * it is converted: see capture.h). */
+bool ReadRawInput(const std::string &strPath, uint64_t uiMaxBytes, std::string &strText, std::string &strError);
+
 } // namespace atrium_tool
 
 #endif /* ATRIUM_TOOL_INPUT_H */

@@ -56,9 +56,15 @@ void PrintJson(std::ostream &os, const std::string &strAnswer, const ParsedAnswe
 void PrintText(std::ostream &os, const std::string &strAnswer, const ParsedAnswer &stParsed)
 {
     const AnswerKind &stKind = *stParsed.pstKind;
-    os << "answer   " << strAnswer << '\n'
-       << "kind     " << stKind.pcName << " (" << stKind.pcFunction << ")\n"
+    os << "answer   " << strAnswer << '\n';
+    for (const std::string &strNote : stParsed.vecCaptureNotes) {
+        os << "capture  " << strNote << '\n';
+    }
+    os << "kind     " << stKind.pcName << " (" << stKind.pcFunction << ")\n"
        << "result   " << ResultText(stParsed) << '\n';
+    if (!stParsed.strErrorAt.empty()) {
+        os << "where    " << stParsed.strErrorAt << '\n';
+    }
     if (stParsed.uiVerdict) {
         os << "server   " << stKind.pcVerdict << " " << *stParsed.uiVerdict << '\n';
     }
@@ -96,6 +102,15 @@ Json::Value AnswerSummaryJson(const std::string &strAnswer, const ParsedAnswer &
     jsOut["kind"] = stKind.pcName;
     jsOut["function"] = stKind.pcFunction;
     jsOut["result"] = ResultJson(stParsed);
+    if (!stParsed.strErrorAt.empty()) {
+        jsOut["result"]["where"] = stParsed.strErrorAt;
+    }
+    if (!stParsed.vecCaptureNotes.empty()) {
+        Json::Value &jsNotes = jsOut["capture"] = Json::Value(Json::arrayValue);
+        for (const std::string &strNote : stParsed.vecCaptureNotes) {
+            jsNotes.append(strNote);
+        }
+    }
     if (stKind.pcVerdict != nullptr) {
         jsOut["serverVerdict"] = stParsed.uiVerdict.value_or(0);
     }
