@@ -55,6 +55,9 @@ demo: build
 	@echo
 	@$(BUILD)/tools/atrium-xml parse portal-login --format text --host sso-sz.corp.example \
 	  examples/answers/portal-login-two-sites.xml
+	@echo
+	@echo "# an answer captured with its HTTP response around it (secrets masked):"
+	@$(BUILD)/tools/atrium-xml parse auto --format text examples/answers/portal-auth-token-http.xml
 
 # Regenerates the inspector's expected outputs (tests/tool/expected/) from the built tool,
 # after a deliberate change of what it prints (a new key, a new field); review the

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <regex>
 #include <sstream>
 #include <string>
 
@@ -108,10 +109,46 @@ TEST(RecordPrintTest, JsonShowsEveryFieldByNameWithNumbersAsNumbers)
     const Json::Value jsInfo = RecordToJson(g_stAtriumTokenInfoDesc, &stInfo);
     EXPECT_EQ(jsInfo.getMemberNames(),
               (std::vector<std::string>{"acAccessToken", "acAccount", "acPassword", "iExpireIn"}));
-    EXPECT_EQ(jsInfo["acAccessToken"].asString(), "tok");
+    EXPECT_EQ(jsInfo["acAccessToken"].asString(), "*** (3 bytes)") << "a secret is masked by default";
     EXPECT_TRUE(jsInfo["iExpireIn"].isInt());
     EXPECT_EQ(jsInfo["iExpireIn"].asInt(), -5);
     EXPECT_EQ(jsInfo["acAccount"].asString(), "");
+    EXPECT_EQ(jsInfo["acPassword"].asString(), "") << "an empty secret has nothing to hide";
+}
+
+TEST(RecordPrintTest, SecretsPrintAsTheyAreOnlyWhenAskedFor)
+{
+    tagLOGIN_S_ATRIUM_TOKEN_INFO stInfo;
+    std::memset(&stInfo, 0, sizeof(stInfo));
+    std::strcpy(stInfo.acPassword, "s3cret");
+    std::ostringstream osMasked;
+    PrintRecordText(osMasked, g_stAtriumTokenInfoDesc, &stInfo, 0);
+    EXPECT_NE(osMasked.str().find("acPassword     *** (6 bytes)\n"), std::string::npos) << osMasked.str();
+    EXPECT_EQ(osMasked.str().find("s3cret"), std::string::npos);
+
+    ShowSecrets(true);
+    std::ostringstream osShown;
+    PrintRecordText(osShown, g_stAtriumTokenInfoDesc, &stInfo, 0);
+    const Json::Value jsShown = RecordToJson(g_stAtriumTokenInfoDesc, &stInfo);
+    ShowSecrets(false);
+    EXPECT_NE(osShown.str().find("acPassword     \"s3cret\"\n"), std::string::npos) << osShown.str();
+    EXPECT_EQ(jsShown["acPassword"].asString(), "s3cret");
+}
+
+TEST(RecordDescTest, EveryPasswordTokenAndKeyIsMarkedSecret)
+{
+    /* texts that hold passwords, tokens, the device key or the random key, by their names */
+    const std::regex reSecretName("Pwd|Passw|Token|DevKey|acRandom");
+    size_t uiSecrets = 0;
+    for (const RecordDesc *pstRecord : AllRecords()) {
+        for (const FieldDesc &stField : *pstRecord) {
+            const bool bLooksSecret =
+                stField.eKind == FieldKind::Text && std::regex_search(stField.pcName, reSecretName);
+            EXPECT_EQ(stField.bSecret, bLooksSecret) << pstRecord->pcName << "." << stField.pcName;
+            uiSecrets += stField.bSecret ? 1 : 0;
+        }
+    }
+    EXPECT_EQ(uiSecrets, 19u);
 }
 
 TEST(RecordPrintTest, TextAlignsValuesAndIndentsNestedRecords)

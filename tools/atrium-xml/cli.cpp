@@ -20,6 +20,7 @@
 #include "input.h"
 #include "observe.h"
 #include "print.h"
+#include "record_print.h"
 
 namespace atrium_tool {
 
@@ -40,6 +41,7 @@ const char *const kMainFooter =
 struct CommonOptions {
     uint64_t uiMaxBytes = kDefaultMaxInput;
     int iTraceLevel = kNoTrace;
+    bool bShowSecrets = false;
     std::string strFormat;
     ParseOptions stParse;
 
@@ -130,6 +132,7 @@ int RunParse(const std::string &strKind, const std::string &strPath, const Commo
         return 2;
     }
     InstallTraceSink(stCommon.iTraceLevel);
+    atrium_records::ShowSecrets(stCommon.bShowSecrets);
     const std::unique_ptr<ParsedAnswer> pParsed = ParseAnswer(*pstKind, strBody, stCommon.stParse);
     pParsed->vecCaptureNotes = stCapture.vecNotes;
     PrintTraces(std::cerr, pParsed->stSeen, "");
@@ -185,6 +188,8 @@ int Main(int argc, char **argv)
     pstParse->add_option("KIND", strKind, "answer kind (see below), or auto to detect it")->required();
     pstParse->add_option("FILE", strPath, "the answer, - for standard input")->required();
     pstParse->add_option("--format", stCommon.strFormat, "json or text")->check(CLI::IsMember({"json", "text"}));
+    pstParse->add_flag("--show-secrets", stCommon.bShowSecrets,
+                       "print passwords, tokens and keys as they are (by default: *** and their length)");
     AddParseOptions(*pstParse, stCommon, ProfileOption::Offered);
     pstParse->footer(KindTable() + "\nExample:\n  atrium-xml parse portal-login --host sso.corp.example "
                                    "--format text examples/answers/portal-login-two-sites.xml");

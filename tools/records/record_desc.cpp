@@ -131,8 +131,16 @@ constexpr Counter CounterOf(const char *pcName, size_t uiOffset)
     return {pcName, uiOffset};
 }
 
+/* The same row, for a field that holds a secret (a password, a token, a key). */
+constexpr FieldDesc Secret(FieldDesc stField)
+{
+    stField.bSecret = true;
+    return stField;
+}
+
 /* Row macros: R is the record type of the table being written. */
 #define ROW_TEXT(f) Text<decltype(R::f)>(#f, offsetof(R, f))
+#define ROW_SECRET_TEXT(f) Secret(ROW_TEXT(f))
 #define ROW_TEXTS(f, fill, counter) Texts<decltype(R::f)>(#f, offsetof(R, f), fill, counter)
 #define ROW_U32(f) U32<decltype(R::f)>(#f, offsetof(R, f))
 #define ROW_I32(f) I32<decltype(R::f)>(#f, offsetof(R, f))
@@ -156,7 +164,7 @@ constexpr RecordDesc Describe(const char *pcName, const FieldDesc (&astFields)[N
 namespace stg_group {
 using R = tagLOGIN_S_STG_GROUP;
 constexpr FieldDesc kFields[] = {
-    ROW_TEXT(acStgUri),    ROW_TEXT(acAuthAccount),    ROW_TEXT(acAuthPwd),
+    ROW_TEXT(acStgUri),    ROW_TEXT(acAuthAccount),    ROW_SECRET_TEXT(acAuthPwd),
     ROW_TEXT(acSipStgUri), ROW_TEXT(acEserverStgAddr), ROW_TEXT(acEserverStg1Addr),
     ROW_TEXT(acMaaStgUri), ROW_TEXT(acMaaStg1Uri),     ROW_TEXTS(aacMsStgUri, Fill::All, kNoCounter),
 };
@@ -202,7 +210,7 @@ constexpr FieldDesc kFields[] = {
     ROW_TEXT(acSiteName),
     ROW_TEXT(acSbcDomain),
     ROW_TEXT(acDefaultAccount),
-    ROW_TEXT(acDefaultPwd),
+    ROW_SECRET_TEXT(acDefaultPwd),
     ROW_U32(uiPriority),
     ROW_U32(uiNumOfAccessServer),
     /* the groups belong to the site: freeSiteMem of the site releases them */
@@ -237,19 +245,19 @@ const RecordDesc g_stExtraParmDesc = Describe<extra_parm::R>("tagLOGIN_S_EXTRA_P
 
 namespace ums_info {
 using R = tagLOGIN_S_UMS_INFO;
-constexpr FieldDesc kFields[] = {ROW_TEXT(acDn), ROW_TEXT(acUmsAccount), ROW_TEXT(acPwd)};
+constexpr FieldDesc kFields[] = {ROW_TEXT(acDn), ROW_TEXT(acUmsAccount), ROW_SECRET_TEXT(acPwd)};
 } // namespace ums_info
 const RecordDesc g_stUmsInfoDesc = Describe<ums_info::R>("tagLOGIN_S_UMS_INFO", ums_info::kFields);
 
 namespace atrium_user_info {
 using R = tagLOGIN_S_ATRIUM_USER_INFO;
 constexpr FieldDesc kFields[] = {
-    ROW_TEXT(acAccessToken),
+    ROW_SECRET_TEXT(acAccessToken),
     ROW_TEXT(acSipAccount),
     ROW_TEXT(acSipImpi),
     ROW_TEXT(acShortNumber),
     ROW_U32(bPwdTypeZero),
-    ROW_TEXT(acSipPassword),
+    ROW_SECRET_TEXT(acSipPassword),
     ROW_TEXT(acSipDomain),
     ROW_I32(iFuncType),
     ROW_U32(uiExpireIn),
@@ -287,11 +295,11 @@ namespace temp_user_info {
 using R = tagXML_S_TANDEM_TEMPUSER_INFO;
 constexpr FieldDesc kFields[] = {
     ROW_TEXT(acImpu),        ROW_TEXT(acImpi),
-    ROW_U32(bPwdTypeZero),   ROW_TEXT(acPasswd),
+    ROW_U32(bPwdTypeZero),   ROW_SECRET_TEXT(acPasswd),
     ROW_TEXT(acDomain),      ROW_TEXT(acAccessCode),
-    ROW_TEXT(acConfId),      ROW_TEXT(acConfPwd),
+    ROW_TEXT(acConfId),      ROW_SECRET_TEXT(acConfPwd),
     ROW_TEXT(acAtriumUri),   ROW_POINTER(pstSite, g_stSiteDesc, kNoCounter, Owner::SiteRecord),
-    ROW_TEXT(acChairmanPwd), ROW_TEXT(acMediaType),
+    ROW_SECRET_TEXT(acChairmanPwd), ROW_TEXT(acMediaType),
     ROW_U32(uiUserRole),     ROW_TEXT(acAccessAddress),
 };
 } // namespace temp_user_info
@@ -308,7 +316,7 @@ const RecordDesc g_stTandemResultDesc = Describe<tandem_result::R>("tagXML_S_TAN
 
 namespace tandem_profile {
 using R = tagXML_S_TANDEM_PROFILE;
-constexpr FieldDesc kFields[] = {ROW_TEXT(acToken), ROW_TEXT(acSupportMediaTypes)};
+constexpr FieldDesc kFields[] = {ROW_SECRET_TEXT(acToken), ROW_TEXT(acSupportMediaTypes)};
 } // namespace tandem_profile
 const RecordDesc g_stTandemProfileDesc =
     Describe<tandem_profile::R>("tagXML_S_TANDEM_PROFILE", tandem_profile::kFields);
@@ -317,7 +325,7 @@ namespace tandem_eua {
 using R = tagXML_S_TANDEM_EUA;
 constexpr FieldDesc kFields[] = {
     ROW_U32(uiAddressNum), ROW_TEXTS(acAddress, Fill::Counted, COUNTED_BY(uiAddressNum)),
-    ROW_TEXT(acUserName),  ROW_TEXT(acPassword),
+    ROW_TEXT(acUserName),  ROW_SECRET_TEXT(acPassword),
     ROW_TEXT(acBaseDN),
 };
 } // namespace tandem_eua
@@ -326,7 +334,7 @@ const RecordDesc g_stTandemEuaDesc = Describe<tandem_eua::R>("tagXML_S_TANDEM_EU
 namespace tandem_sip {
 using R = tagXML_S_TANDEM_SIP;
 constexpr FieldDesc kFields[] = {
-    ROW_TEXT(acDomain), ROW_TEXT(acProxy), ROW_TEXT(acUserName), ROW_TEXT(acPassword), ROW_TEXT(acAuthName),
+    ROW_TEXT(acDomain), ROW_TEXT(acProxy), ROW_TEXT(acUserName), ROW_SECRET_TEXT(acPassword), ROW_TEXT(acAuthName),
 };
 } // namespace tandem_sip
 const RecordDesc g_stTandemSipDesc = Describe<tandem_sip::R>("tagXML_S_TANDEM_SIP", tandem_sip::kFields);
@@ -336,7 +344,7 @@ using R = tagXML_S_TANDEM_STG;
 constexpr FieldDesc kFields[] = {
     ROW_U32(uiStgNum),    ROW_TEXTS(acStgAddress, Fill::Counted, COUNTED_BY(uiStgNum)),
     ROW_U32(uiSbcNum),    ROW_TEXTS(acSbcInnerAddress, Fill::Counted, COUNTED_BY(uiSbcNum)),
-    ROW_TEXT(acUserName), ROW_TEXT(acPassword),
+    ROW_TEXT(acUserName), ROW_SECRET_TEXT(acPassword),
 };
 } // namespace tandem_stg
 const RecordDesc g_stTandemStgDesc = Describe<tandem_stg::R>("tagXML_S_TANDEM_STG", tandem_stg::kFields);
@@ -347,7 +355,7 @@ constexpr FieldDesc kFields[] = {
     ROW_U32(uiTmsNum),
     ROW_TEXTS(acAddress, Fill::Counted, COUNTED_BY(uiTmsNum)),
     ROW_TEXT(acUserName),
-    ROW_TEXT(acPassword),
+    ROW_SECRET_TEXT(acPassword),
 };
 } // namespace tandem_tms
 const RecordDesc g_stTandemTmsDesc = Describe<tandem_tms::R>("tagXML_S_TANDEM_TMS", tandem_tms::kFields);
@@ -389,10 +397,10 @@ const RecordDesc g_stAtriumSearchResultDesc =
 namespace atrium_token_info {
 using R = tagLOGIN_S_ATRIUM_TOKEN_INFO;
 constexpr FieldDesc kFields[] = {
-    ROW_TEXT(acAccessToken),
+    ROW_SECRET_TEXT(acAccessToken),
     ROW_I32(iExpireIn),
     ROW_TEXT(acAccount),
-    ROW_TEXT(acPassword),
+    ROW_SECRET_TEXT(acPassword),
 };
 } // namespace atrium_token_info
 const RecordDesc g_stAtriumTokenInfoDesc =
@@ -402,7 +410,7 @@ namespace atrium_right_config {
 using R = tagLOGIN_S_ATRIUM_RIGHT_CONFIG;
 constexpr FieldDesc kFields[] = {
     ROW_U32(uiRetCode),
-    ROW_TEXT(acDevKey),
+    ROW_SECRET_TEXT(acDevKey),
     ROW_TEXT(acDevType),
     ROW_TEXT(acTimestamp),
 };
@@ -423,7 +431,7 @@ const RecordDesc g_stTandemVersionResultDesc =
 
 namespace tandem_random_result {
 using R = tagXML_S_TANDEM_RANDOM_RESULT;
-constexpr FieldDesc kFields[] = {ROW_TEXT(acSiteUrl), ROW_TEXT(acRandom)};
+constexpr FieldDesc kFields[] = {ROW_TEXT(acSiteUrl), ROW_SECRET_TEXT(acRandom)};
 } // namespace tandem_random_result
 const RecordDesc g_stTandemRandomResultDesc =
     Describe<tandem_random_result::R>("tagXML_S_TANDEM_RANDOM_RESULT", tandem_random_result::kFields);
@@ -442,7 +450,7 @@ const RecordDesc g_stTandemSearchResultDesc =
 namespace temp_user_account_info {
 using R = tagXML_S_TEMPUSER_ACCOUNT_INFO;
 constexpr FieldDesc kFields[] = {
-    ROW_TEXT(acAccount), ROW_TEXT(acPassword), ROW_U32(uiPwdType), ROW_TEXT(acAccessUrl), ROW_TEXT(acSecondAccessUrl),
+    ROW_TEXT(acAccount), ROW_SECRET_TEXT(acPassword), ROW_U32(uiPwdType), ROW_TEXT(acAccessUrl), ROW_TEXT(acSecondAccessUrl),
 };
 } // namespace temp_user_account_info
 const RecordDesc g_stTempUserAccountInfoDesc =
@@ -453,7 +461,7 @@ using R = tagLOGIN_S_ENDPOINT_MSG_RESULT;
 constexpr FieldDesc kFields[] = {
     ROW_U32(uiErrCode),
     ROW_TEXT(acUri),
-    ROW_TEXT(acRegPassword),
+    ROW_SECRET_TEXT(acRegPassword),
     ROW_TEXT(acRegIpAddress),
 };
 } // namespace endpoint_msg_result

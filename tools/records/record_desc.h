@@ -57,6 +57,7 @@ struct FieldDesc {
     size_t uiCounterOffset;
     const RecordDesc *pstRecord;
     Owner eOwner;
+    bool bSecret = false; /* a password, token or key: masked when printed (record_print.h) */
 };
 
 struct RecordDesc {

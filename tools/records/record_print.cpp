@@ -139,13 +139,31 @@ bool IsArray(const FieldDesc &stField)
     return stField.uiCount != 0 || (stField.eKind == FieldKind::Pointer && stField.pcCounter);
 }
 
+/* ---- secrets ----------------------------------------------------------------------- */
+
+bool g_bSecretsShown = false;
+
+/* The text of a char field, or its mask when it holds a secret that is not shown. */
+std::string ShownText(const FieldDesc &stField, const unsigned char *pucElem, Escape eEscape)
+{
+    const char *pcText = reinterpret_cast<const char *>(pucElem);
+    if (stField.bSecret && !g_bSecretsShown) {
+        const size_t uiLen = strnlen(pcText, stField.uiElemSize);
+        if (uiLen != 0) {
+            const std::string strMask = "*** (" + std::to_string(uiLen) + (uiLen == 1 ? " byte)" : " bytes)");
+            return strMask;
+        }
+    }
+    return TextValue(pcText, stField.uiElemSize, eEscape);
+}
+
 /* ---- JSON -------------------------------------------------------------------------- */
 
 Json::Value ElementToJson(const FieldDesc &stField, const unsigned char *pucElem)
 {
     switch (stField.eKind) {
     case FieldKind::Text:
-        return TextValue(reinterpret_cast<const char *>(pucElem), stField.uiElemSize, Escape::Json);
+        return ShownText(stField, pucElem, Escape::Json);
     case FieldKind::U32:
         return Json::Value(static_cast<Json::UInt>(Load<uint32_t>(pucElem)));
     case FieldKind::I32:
@@ -192,7 +210,7 @@ void PrintScalar(std::ostream &os, const FieldDesc &stField, const unsigned char
 {
     switch (stField.eKind) {
     case FieldKind::Text:
-        os << TextValue(reinterpret_cast<const char *>(pucElem), stField.uiElemSize, Escape::Quoted);
+        os << ShownText(stField, pucElem, Escape::Quoted);
         break;
     case FieldKind::U32:
         os << Load<uint32_t>(pucElem);
@@ -501,6 +519,11 @@ bool ReadU32(const RecordDesc &stDesc, const void *pvRecord, const char *pcPath,
     }
     uiValue = Load<uint32_t>(At(pvRecord, pstField->uiOffset));
     return true;
+}
+
+void ShowSecrets(bool bShown)
+{
+    g_bSecretsShown = bShown;
 }
 
 } // namespace atrium_records

@@ -31,6 +31,11 @@ std::string TextValue(const char *pcField, size_t uiCapacity, Escape eEscape);
 /* Entries of an array field (fixed or behind a pointer) that hold data. */
 uint32_t FilledEntries(const FieldDesc &stField, const void *pvRecord);
 
+/* Whether the fields that hold secrets (FieldDesc::bSecret) print as they are. Off by
+ * default: a secret that is not empty prints as "*** (N bytes)", so that a shared output
+ * tells whether it came through without telling what it is. */
+void ShowSecrets(bool bShown);
+
 Json::Value RecordToJson(const RecordDesc &stDesc, const void *pvRecord);
 
 /* Aligned "name  value" lines, nested records indented by two more spaces per level. */
